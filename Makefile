@@ -1,0 +1,34 @@
+# The everyday commands. Each installs what is missing first.
+BUILD ?= build
+JOBS ?= 2
+# clang when the machine has it (the fuzz test needs it), else the system compiler.
+CXX_COMPILER ?= $(shell command -v clang++ 2>/dev/null || command -v g++)
+CTEST = cd $(BUILD) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j$(JOBS)
+
+.PHONY: all deps configure build run test test-long bench clean
+
+all: build
+
+deps:
+	@scripts/install-deps
+
+configure: deps
+	@cmake -S . -B $(BUILD) -DCMAKE_CXX_COMPILER=$(CXX_COMPILER) -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+
+build: configure
+	@cmake --build $(BUILD) -j$(JOBS)
+
+run: build
+	$(BUILD)/src/app/tarvoqrb $(ARGS)
+
+test: build
+	$(CTEST) -LE long
+
+test-long: build
+	$(CTEST) -L long
+
+bench: build
+	@for b in $(BUILD)/bench/bench_*; do [ -x "$$b" ] || continue; echo "== $$(basename $$b)"; "$$b" || exit 1; done
+
+clean:
+	rm -rf $(BUILD)

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QString>
+
+// Every message box, question and input box of the console goes through this seam:
+// the program shows real boxes, a test records each call and answers from a script.
+class Prompts {
+public:
+    enum class Icon { None, Critical, Question, Exclamation, Information };
+    enum class Buttons { Ok, OkCancel, YesNo };
+    enum class Answer { Ok, Cancel, Yes, No };
+
+    // The console's own box: a notice that may close itself, or a short input.
+    struct ConsoleBox {
+        QString title;
+        QString text;
+        QString extra;                   // shown under the text when not empty
+        QString mode = QStringLiteral("Message"); // "Message" or "Input"
+        int closeAfterMs = 0;            // Timer1: closes a notice by itself; 0 = never
+        int countdownMs = 0;             // Timer2: refreshes the "OK(n)" countdown
+        QChar passwordChar;              // masks the input when set
+        bool modal = true;               // a notice from a tick or socket never waits
+    };
+
+    virtual ~Prompts() = default;
+
+    // A modal box that waits for the operator's answer. An empty title shows the
+    // program's name.
+    virtual Answer ask(const QString& text, const QString& title, Buttons buttons, Icon icon) = 0;
+    // A notice raised by a terminal or a timer: shown without holding up the caller, and
+    // a flood of them never stacks up windows.
+    virtual void notice(const QString& text, const QString& title, Icon icon) = 0;
+    // Shows the console's own box; returns the typed text in "Input" mode, "" otherwise.
+    virtual QString consoleBox(const ConsoleBox& box) = 0;
+
+    void message(const QString& text, const QString& title = QString(), Icon icon = Icon::None) {
+        ask(text, title, Buttons::Ok, icon);
+    }
+};

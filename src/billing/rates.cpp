@@ -1,0 +1,33 @@
+#include "billing/rates.h"
+
+bool Rates::LoadRates(const Database& db) {
+    DbSession s(db);
+    auto q = s.run(QStringLiteral("SELECT RPH, mina, mint FROM rates ORDER BY rowid LIMIT 1"));
+    if (!q.next())
+        return false;
+    RPH = q.value(0).toDouble();
+    mina = Money::fromDouble(q.value(1).toDouble());
+    mint = qint32(q.value(2).toDouble());
+    return true;
+}
+
+void Rates::LoadServices(const Database& db) {
+    QList<Service> list;
+    DbSession s(db);
+    auto q = s.run(QStringLiteral("SELECT Description, Amount FROM services ORDER BY Description"));
+    while (q.next())
+        list.append({q.value(0).toString(), q.value(1).toDouble()});
+    services_ = list;
+}
+
+void Rates::LoadPromos(const Database& db) {
+    QList<Promo> list;
+    DbSession s(db);
+    auto q = s.run(QStringLiteral("SELECT ddtls, drange, dtype, Amount FROM promos ORDER BY rowid"));
+    while (q.next())
+        list.append({q.value(0).toString(), q.value(1).toString(), q.value(2).toString(),
+                     Money::fromDouble(q.value(3).toDouble())});
+    const QString first = list.isEmpty() ? QStringLiteral("None Defined") : QStringLiteral("No Discount");
+    list.prepend({first, QStringLiteral("None"), QStringLiteral("None"), Money()});
+    promos_ = list;
+}

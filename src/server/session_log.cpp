@@ -1,0 +1,71 @@
+#include "server/session_log.h"
+
+#include <QSqlRecord>
+
+namespace {
+const QString openToday = QStringLiteral(
+    "FROM templog WHERE datelog = ? AND coalesce(isout, 0) = 0 AND CID = ? AND StartTime = ?");
+}
+
+void SessionLog::InsertSessionRow(const TerminalRecord& r) {
+    DbSession s(db_);
+    s.run(QStringLiteral("INSERT INTO templog (CID, StartTime, aindex, isout, cdtls, datelog, "
+                         "TickStart, BkTick, pcstat, stopwatch) VALUES (?, ?, ?, ?, ?, ?, ?, ?, "
+                         "?, ?)"),
+          {r.cid, r.starttime, int(r.pcno), yesNo(false), r.cdtls, clock_.today(), r.TickStart,
+           r.BkTick, r.pcstat, r.stopwatch});
+}
+
+bool SessionLog::UpdateSessionRow(const TerminalRecord& r) {
+    DbSession s(db_);
+    // Only the first matching row, as the record-set edit did.
+    auto q = s.run(QStringLiteral("UPDATE templog SET BkTick = ?, pcstat = ?, stopwatch = ? "
+                                  "WHERE rowid = (SELECT rowid ") +
+                       openToday + QStringLiteral(" ORDER BY rowid LIMIT 1)"),
+                   {r.BkTick, r.pcstat, r.stopwatch, clock_.today(), r.cid, r.starttime});
+    return q.numRowsAffected() > 0;
+}
+
+bool SessionLog::MarkSessionOut(const QString& cid, const QString& starttime) {
+    DbSession s(db_);
+    auto q = s.run(QStringLiteral("UPDATE templog SET isout = ? WHERE rowid = (SELECT rowid ") +
+                       openToday + QStringLiteral(" ORDER BY rowid LIMIT 1)"),
+                   {yesNo(true), clock_.today(), cid, starttime});
+    return q.numRowsAffected() > 0;
+}
+
+SessionLog::Restored SessionLog::RestoreSessions(TerminalTable& table) {
+    Restored result;
+    DbSession s(db_);
+    auto q = s.run(QStringLiteral("SELECT CID, StartTime, aindex, cdtls, TickStart, BkTick, "
+                                  "pcstat, stopwatch FROM templog WHERE datelog = ? AND "
+                                  "coalesce(isout, 0) = 0 ORDER BY rowid"),
+                   {clock_.today()});
+    while (q.next()) {
+        const QVariant aindex = q.value(2);
+        bool ok = false;
+        const int p = aindex.toInt(&ok);
+        if (!ok || !table.contains(p)) {
+            result.problems << QStringLiteral("Session of %1 started %2 names PC %3, which this "
+                                              "console does not have (1 to %4); it was not "
+                                              "restored.")
+                                   .arg(q.value(0).toString(), q.value(1).toString(),
+                                        aindex.toString())
+                                   .arg(table.count());
+            continue;
+        }
+        TerminalRecord& r = table.at(p);
+        r.cid = q.value(0).toString();
+        r.logged = true;
+        r.cdtls = q.value(3).toString();
+        r.starttime = q.value(1).toString();
+        r.pcno = quint8(p);
+        r.auxflag = false;
+        r.stopwatch = q.value(7).isNull() ? QStringLiteral("0") : q.value(7).toString();
+        r.TickStart = q.value(4).isNull() ? 0 : q.value(4).toInt();
+        r.BkTick = q.value(5).isNull() ? 0 : q.value(5).toInt();
+        r.pcstat = q.value(6).isNull() ? QStringLiteral("LOG") : q.value(6).toString();
+        ++result.count;
+    }
+    return result;
+}
