@@ -45,7 +45,11 @@ Console::StartupReport Console::startUp(quint16 port, const QString& odbcIniPath
         setStatus(2, QString::number(restored.count) + QStringLiteral(" PC"));
 
     server_->markAllOffline();
-    server_->StartListening(port);
+    if (!server_->StartListening(port))
+        report.problems << QStringLiteral("The console cannot listen on port %1: %2. Terminals "
+                                          "cannot connect until it is started again.")
+                               .arg(port)
+                               .arg(server_->listenError());
     return report;
 }
 

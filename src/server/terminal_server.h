@@ -30,6 +30,7 @@ public:
     // in status panel 7. False, with the reason in the message log, when it cannot.
     bool StartListening(quint16 port);
     quint16 port() const;
+    QString listenError() const { return listener_.errorString(); }
     QString localAddress() const { return localAddress_; }
     // Every known terminal off line, as at every start.
     void markAllOffline();
