@@ -14,7 +14,10 @@ bool Rates::LoadRates(const Database& db) {
 void Rates::LoadServices(const Database& db) {
     QList<Service> list;
     DbSession s(db);
-    auto q = s.run(QStringLiteral("SELECT Description, Amount FROM services ORDER BY Description"));
+    // NOCASE in the statement: a file made by another tool sorts its plain TEXT column
+    // by character code, and the list must read in the order the operator expects.
+    auto q = s.run(QStringLiteral(
+        "SELECT Description, Amount FROM services ORDER BY Description COLLATE NOCASE"));
     while (q.next())
         list.append({q.value(0).toString(), q.value(1).toDouble()});
     services_ = list;
@@ -23,11 +26,13 @@ void Rates::LoadServices(const Database& db) {
 void Rates::LoadPromos(const Database& db) {
     QList<Promo> list;
     DbSession s(db);
-    auto q = s.run(QStringLiteral("SELECT ddtls, drange, dtype, Amount FROM promos ORDER BY rowid"));
+    auto q =
+        s.run(QStringLiteral("SELECT ddtls, drange, dtype, Amount FROM promos ORDER BY rowid"));
     while (q.next())
         list.append({q.value(0).toString(), q.value(1).toString(), q.value(2).toString(),
                      Money::fromDouble(q.value(3).toDouble())});
-    const QString first = list.isEmpty() ? QStringLiteral("None Defined") : QStringLiteral("No Discount");
+    const QString first =
+        list.isEmpty() ? QStringLiteral("None Defined") : QStringLiteral("No Discount");
     list.prepend({first, QStringLiteral("None"), QStringLiteral("None"), Money()});
     promos_ = list;
 }

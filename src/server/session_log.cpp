@@ -3,9 +3,12 @@
 #include <QSqlRecord>
 
 namespace {
-const QString openToday = QStringLiteral(
-    "FROM templog WHERE datelog = ? AND coalesce(isout, 0) = 0 AND CID = ? AND StartTime = ?");
-}
+// COLLATE NOCASE in the statement, not only on the column: a file made by another tool
+// declares plain TEXT columns, and the ids must still match in any letter case.
+const QString openToday =
+    QStringLiteral("FROM templog WHERE datelog = ? AND coalesce(isout, 0) = 0 AND "
+                   "CID = ? COLLATE NOCASE AND StartTime = ? COLLATE NOCASE");
+} // namespace
 
 void SessionLog::InsertSessionRow(const TerminalRecord& r) {
     DbSession s(db_);

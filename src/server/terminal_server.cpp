@@ -285,7 +285,7 @@ void TerminalServer::onCheckMember(int index, const QString& payload) {
     bool matches = false;
     {
         DbSession s(console_.database());
-        auto q = s.run(QStringLiteral("SELECT LN, FN FROM members WHERE CID = ? "
+        auto q = s.run(QStringLiteral("SELECT LN, FN FROM members WHERE CID = ? COLLATE NOCASE "
                                       "ORDER BY rowid LIMIT 1"),
                        {in.id});
         if (q.next()) {

@@ -1,0 +1,119 @@
+#include "people/first_admin_dialog.h"
+
+#include "people/log_in.h"
+#include "server/console.h"
+
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace {
+const QString Title = QStringLiteral("First administrator");
+} // namespace
+
+FirstAdminDialog::FirstAdminDialog(Console& console, QWidget* parent)
+    : QDialog(parent), console_(console) {
+    setObjectName(QStringLiteral("frmFirstAdmin"));
+    setWindowTitle(QStringLiteral("Tarvo QRB - ") + Title);
+    setMinimumWidth(400);
+
+    auto* heading = new QLabel(QStringLiteral("No operator account exists yet."), this);
+    QFont bold = heading->font();
+    bold.setBold(true);
+    bold.setPointSizeF(bold.pointSizeF() * 1.2);
+    heading->setFont(bold);
+    auto* intro = new QLabel(QStringLiteral("Create the first administrator. This account logs "
+                                            "in to the console and adds the other operators. "
+                                            "Passwords are checked without regard to case."),
+                             this);
+    intro->setWordWrap(true);
+
+    txtuser_ = new QLineEdit(this);
+    txtuser_->setObjectName(QStringLiteral("txtuser"));
+    txtuser_->setMaxLength(50);
+    txtkey_ = new QLineEdit(this);
+    txtkey_->setObjectName(QStringLiteral("txtkey"));
+    txtkey_->setEchoMode(QLineEdit::Password);
+    txtkey_->setMaxLength(50);
+    txtconf_ = new QLineEdit(this);
+    txtconf_->setObjectName(QStringLiteral("txtconf"));
+    txtconf_->setEchoMode(QLineEdit::Password);
+    txtconf_->setMaxLength(50);
+
+    auto* form = new QFormLayout;
+    form->addRow(QStringLiteral("&Name"), txtuser_);
+    form->addRow(QStringLiteral("&Password"), txtkey_);
+    form->addRow(QStringLiteral("&Again"), txtconf_);
+
+    auto* cmdsave = new QPushButton(QStringLiteral("Create"), this);
+    cmdsave->setObjectName(QStringLiteral("cmdsave"));
+    auto* cmdclose = new QPushButton(QStringLiteral("Cancel"), this);
+    cmdclose->setObjectName(QStringLiteral("cmdclose"));
+    for (QPushButton* b : {cmdsave, cmdclose}) {
+        b->setAutoDefault(false);
+        b->setDefault(false);
+    }
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(cmdsave);
+    buttons->addWidget(cmdclose);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(heading);
+    layout->addWidget(intro);
+    layout->addSpacing(8);
+    layout->addLayout(form);
+    layout->addSpacing(8);
+    layout->addLayout(buttons);
+
+    // Enter walks down the boxes and saves from the last one.
+    connect(txtuser_, &QLineEdit::returnPressed, txtkey_, [this] { txtkey_->setFocus(); });
+    connect(txtkey_, &QLineEdit::returnPressed, txtconf_, [this] { txtconf_->setFocus(); });
+    connect(txtconf_, &QLineEdit::returnPressed, this, &FirstAdminDialog::save);
+    connect(cmdsave, &QPushButton::clicked, this, &FirstAdminDialog::save);
+    connect(cmdclose, &QPushButton::clicked, this, &QDialog::reject);
+    txtuser_->setFocus();
+}
+
+void FirstAdminDialog::save() {
+    using Problem = FirstAdminOutcome::Problem;
+    const FirstAdminOutcome outcome =
+        CreateFirstAdmin(console_.database(), txtuser_->text(), txtkey_->text(), txtconf_->text());
+    Prompts& prompts = console_.prompts();
+    switch (outcome.problem) {
+    case Problem::None:
+        prompts.message(outcome.text, Title, Prompts::Icon::Information);
+        accept();
+        return;
+    case Problem::EmptyName:
+    case Problem::QuoteInName:
+        prompts.message(outcome.text, Title, Prompts::Icon::Exclamation);
+        txtuser_->setFocus();
+        txtuser_->selectAll();
+        return;
+    case Problem::EmptyPassword:
+    case Problem::SpacesAround:
+    case Problem::Mismatch:
+        prompts.message(outcome.text, Title, Prompts::Icon::Exclamation);
+        txtkey_->clear();
+        txtconf_->clear();
+        txtkey_->setFocus();
+        return;
+    case Problem::AccountsExist:
+        // Someone made an account meanwhile: nothing is left to create here.
+        prompts.message(outcome.text, Title, Prompts::Icon::Information);
+        accept();
+        return;
+    case Problem::StoreFailed:
+        prompts.message(outcome.text, Title, Prompts::Icon::Critical);
+        return;
+    }
+}
+
+bool RunFirstAdminDialog(Console& console, QWidget* parent) {
+    FirstAdminDialog dialog(console, parent);
+    return dialog.exec() == QDialog::Accepted;
+}

@@ -1,0 +1,158 @@
+#include "people/log_in_dialog.h"
+
+#include "server/console.h"
+
+#include <QFocusEvent>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace {
+
+LogIn::Mode logicMode(LogInDialog::Mode mode) {
+    return mode == LogInDialog::Mode::Start ? LogIn::Mode::Start : LogIn::Mode::Switch;
+}
+
+// Leaving the box means the operator moved on inside this window; a message box or
+// another window taking the focus is not leaving it.
+bool leftWithinWindow(Qt::FocusReason reason) {
+    switch (reason) {
+    case Qt::TabFocusReason:
+    case Qt::BacktabFocusReason:
+    case Qt::MouseFocusReason:
+    case Qt::ShortcutFocusReason:
+    case Qt::OtherFocusReason:
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+LogInDialog::LogInDialog(Console& console, Mode mode, QWidget* parent)
+    : QDialog(parent), console_(console), mode_(mode), logIn_(console, logicMode(mode)) {
+    const bool start = mode_ == Mode::Start;
+    setObjectName(start ? QStringLiteral("frmLog") : QStringLiteral("frmLog2"));
+    setWindowTitle(start ? QStringLiteral("Tarvo QRB - Operator Log-In")
+                         : QStringLiteral("Switch Log"));
+    setMinimumWidth(360);
+
+    auto* title = new QLabel(QStringLiteral("Tarvo QRB"), this);
+    QFont titleFont = title->font();
+    titleFont.setPointSizeF(titleFont.pointSizeF() * 1.6);
+    titleFont.setBold(true);
+    title->setFont(titleFont);
+    auto* subtitle =
+        new QLabel(start ? QStringLiteral("Log in to work the console.")
+                         : QStringLiteral("Log in as the operator who takes over the console."),
+                   this);
+    subtitle->setWordWrap(true);
+
+    txtuser_ = new QLineEdit(this);
+    txtuser_->setObjectName(QStringLiteral("txtuser"));
+    txtuser_->installEventFilter(this);
+    txtpass_ = new QLineEdit(this);
+    txtpass_->setObjectName(QStringLiteral("txtpass"));
+    txtpass_->setEchoMode(QLineEdit::Password);
+
+    auto* form = new QFormLayout;
+    form->addRow(QStringLiteral("&User name"), txtuser_);
+    form->addRow(QStringLiteral("&Password"), txtpass_);
+
+    // The buttons never take the focus, so clicking them does not count as leaving the
+    // name box, and Enter reaches only the box it was typed in.
+    auto* cmdok = new QPushButton(QStringLiteral("OK"), this);
+    cmdok->setObjectName(QStringLiteral("cmdok"));
+    auto* cmdcancel = new QPushButton(QStringLiteral("Cancel"), this);
+    cmdcancel->setObjectName(QStringLiteral("cmdcancel"));
+    for (QPushButton* b : {cmdok, cmdcancel}) {
+        b->setAutoDefault(false);
+        b->setDefault(false);
+        b->setFocusPolicy(Qt::NoFocus);
+    }
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(cmdok);
+    buttons->addWidget(cmdcancel);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(title);
+    layout->addWidget(subtitle);
+    layout->addSpacing(8);
+    layout->addLayout(form);
+    layout->addSpacing(8);
+    layout->addLayout(buttons);
+
+    connect(txtuser_, &QLineEdit::returnPressed, this, &LogInDialog::nameEntered);
+    connect(txtpass_, &QLineEdit::returnPressed, this, &LogInDialog::passwordEntered);
+    connect(cmdok, &QPushButton::clicked, this, &LogInDialog::okClicked);
+    connect(cmdcancel, &QPushButton::clicked, this, &QDialog::reject);
+    txtuser_->setFocus();
+}
+
+bool LogInDialog::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == txtuser_ && event->type() == QEvent::FocusOut && !movingFocus_ && !finished_ &&
+        leftWithinWindow(static_cast<QFocusEvent*>(event)->reason()))
+        nameLeft();
+    return QDialog::eventFilter(watched, event);
+}
+
+void LogInDialog::nameEntered() {
+    switch (logIn_.NameStep(txtuser_->text())) {
+    case LogIn::NameOutcome::Found:
+        txtuser_->setText(txtuser_->text().toUpper());
+        movingFocus_ = true;
+        txtpass_->setFocus(Qt::OtherFocusReason);
+        movingFocus_ = false;
+        break;
+    case LogIn::NameOutcome::NotFound:
+        txtuser_->clear();
+        break;
+    case LogIn::NameOutcome::Failed:
+        break;
+    }
+}
+
+void LogInDialog::nameLeft() {
+    txtuser_->setText(txtuser_->text().toUpper());
+    // Only the start-up log-in looks the name up on leaving; the switch waits for Enter.
+    if (mode_ == Mode::Start)
+        nameEntered();
+}
+
+void LogInDialog::passwordEntered() {
+    switch (logIn_.PasswordStep(txtpass_->text())) {
+    case LogIn::PasswordOutcome::Correct:
+        break;
+    case LogIn::PasswordOutcome::Incomplete:
+        return;
+    case LogIn::PasswordOutcome::Wrong:
+        if (mode_ == Mode::Start)
+            txtpass_->clear();
+        return;
+    }
+
+    finished_ = true;
+    accept();
+    if (mode_ == Mode::Start)
+        return;
+    const CurrentOperator& op = console_.currentOperator();
+    Q_EMIT switched(SwitchCaption(op.CurrentUserName, op.CurrentUserType));
+    Prompts::ConsoleBox box;
+    box.mode = QStringLiteral("Message");
+    box.title = QStringLiteral("Switch Log");
+    box.text = QStringLiteral("Change Log ") + op.CurrentUserName + QStringLiteral(" Done");
+    console_.prompts().consoleBox(box);
+}
+
+void LogInDialog::okClicked() {
+    // The buttons never hold the focus: the box last in focus is the one to act on.
+    if (focusWidget() == txtpass_)
+        passwordEntered();
+    else
+        nameEntered();
+}

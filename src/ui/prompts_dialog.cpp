@@ -1,0 +1,194 @@
+#include "ui/prompts_dialog.h"
+
+#include "base/clock.h"
+#include "ui/console_box_dialog.h"
+
+#include <QDialog>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QListWidget>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStyle>
+#include <QVBoxLayout>
+
+namespace {
+
+QString titleOrName(const QString& title) {
+    return title.isEmpty() ? QStringLiteral("Tarvo QRB") : title;
+}
+
+QMessageBox::Icon boxIcon(Prompts::Icon icon) {
+    switch (icon) {
+    case Prompts::Icon::Critical:
+        return QMessageBox::Critical;
+    case Prompts::Icon::Question:
+        return QMessageBox::Question;
+    case Prompts::Icon::Exclamation:
+        return QMessageBox::Warning;
+    case Prompts::Icon::Information:
+        return QMessageBox::Information;
+    case Prompts::Icon::None:
+        break;
+    }
+    return QMessageBox::NoIcon;
+}
+
+QStyle::StandardPixmap listIcon(Prompts::Icon icon) {
+    switch (icon) {
+    case Prompts::Icon::Critical:
+        return QStyle::SP_MessageBoxCritical;
+    case Prompts::Icon::Question:
+        return QStyle::SP_MessageBoxQuestion;
+    case Prompts::Icon::Exclamation:
+        return QStyle::SP_MessageBoxWarning;
+    case Prompts::Icon::Information:
+    case Prompts::Icon::None:
+        break;
+    }
+    return QStyle::SP_MessageBoxInformation;
+}
+
+} // namespace
+
+WidgetPrompts::WidgetPrompts(Clock& clock) : clock_(clock) {}
+
+WidgetPrompts::~WidgetPrompts() {
+    // Windows without a parent are ours to end; the others go with their parent.
+    if (notices_ && !notices_->parent())
+        delete notices_.data();
+    if (modeless_ && !modeless_->parent())
+        delete modeless_.data();
+}
+
+void WidgetPrompts::setParentWindow(QWidget* parent) {
+    parent_ = parent;
+}
+
+Prompts::Answer WidgetPrompts::ask(const QString& text, const QString& title, Buttons buttons,
+                                   Icon icon) {
+    QMessageBox box(boxIcon(icon), titleOrName(title), text, QMessageBox::NoButton, parent_);
+    switch (buttons) {
+    case Buttons::Ok:
+        box.setStandardButtons(QMessageBox::Ok);
+        box.setDefaultButton(QMessageBox::Ok);
+        box.setEscapeButton(QMessageBox::Ok);
+        break;
+    case Buttons::OkCancel:
+        box.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel);
+        box.setDefaultButton(QMessageBox::Ok);
+        box.setEscapeButton(QMessageBox::Cancel);
+        break;
+    case Buttons::YesNo:
+        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+        box.setDefaultButton(QMessageBox::Yes);
+        box.setEscapeButton(QMessageBox::No);
+        break;
+    }
+    switch (box.exec()) {
+    case QMessageBox::Cancel:
+        return Answer::Cancel;
+    case QMessageBox::Yes:
+        return Answer::Yes;
+    case QMessageBox::No:
+        return Answer::No;
+    default:
+        return Answer::Ok;
+    }
+}
+
+QDialog* WidgetPrompts::noticeWindow() {
+    if (notices_)
+        return notices_;
+    auto* w = new QDialog(parent_);
+    w->setObjectName(QStringLiteral("frmNotices"));
+    w->setWindowTitle(QStringLiteral("Tarvo QRB - Notices"));
+    w->setModal(false);
+    // A notice must not take the keyboard from whatever the operator is typing.
+    w->setAttribute(Qt::WA_ShowWithoutActivating);
+    w->resize(460, 320);
+
+    auto* latest = new QLabel(w);
+    latest->setObjectName(QStringLiteral("lblLatest"));
+    latest->setWordWrap(true);
+    latest->setTextFormat(Qt::PlainText);
+    QFont bold = latest->font();
+    bold.setBold(true);
+    latest->setFont(bold);
+    auto* list = new QListWidget(w);
+    list->setObjectName(QStringLiteral("lstNotices"));
+    list->setWordWrap(true);
+    list->setUniformItemSizes(false);
+
+    auto* cmdclear = new QPushButton(QStringLiteral("Clear"), w);
+    cmdclear->setObjectName(QStringLiteral("cmdclear"));
+    cmdclear->setAutoDefault(false);
+    auto* cmdclose = new QPushButton(QStringLiteral("Close"), w);
+    cmdclose->setObjectName(QStringLiteral("cmdclose"));
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(cmdclear);
+    buttons->addWidget(cmdclose);
+    auto* layout = new QVBoxLayout(w);
+    layout->addWidget(latest);
+    layout->addWidget(list, 1);
+    layout->addLayout(buttons);
+
+    QObject::connect(cmdclear, &QPushButton::clicked, list, [list, latest] {
+        list->clear();
+        latest->clear();
+    });
+    QObject::connect(cmdclose, &QPushButton::clicked, w, &QDialog::hide);
+
+    notices_ = w;
+    latest_ = latest;
+    list_ = list;
+    return w;
+}
+
+void WidgetPrompts::notice(const QString& text, const QString& title, Icon icon) {
+    QDialog* w = noticeWindow();
+    const QString heading = titleOrName(title);
+    latest_->setText(heading + QStringLiteral(": ") + text);
+
+    const QString stamp = clock_.now().time().toString(QStringLiteral("HH:mm:ss"));
+    auto* item =
+        new QListWidgetItem(w->style()->standardIcon(listIcon(icon)),
+                            stamp + QStringLiteral("  ") + heading + QStringLiteral(": ") + text);
+    list_->insertItem(0, item);
+    while (list_->count() > NoticeLimit)
+        delete list_->takeItem(list_->count() - 1);
+    list_->setCurrentRow(0);
+
+    // A flood raises the window once a second, not once a notice.
+    const qint32 now = clock_.tickCount();
+    if (!w->isVisible() || quint32(now) - quint32(raisedAt_) >= 1000u) {
+        w->show();
+        w->raise();
+        raisedAt_ = now;
+    }
+}
+
+QString WidgetPrompts::consoleBox(const ConsoleBox& box) {
+    if (!box.modal) {
+        // One box at a time: a new notice replaces the one on screen instead of stacking.
+        if (!modeless_)
+            modeless_ = new ConsoleBoxDialog(clock_, parent_);
+        modeless_->setModal(false);
+        modeless_->setBox(box);
+        if (!modeless_->isVisible())
+            modeless_->show();
+        modeless_->raise();
+        return QString();
+    }
+
+    QPointer<ConsoleBoxDialog> dialog = new ConsoleBoxDialog(clock_, parent_);
+    dialog->setBox(box);
+    dialog->exec();
+    // The parent may have gone while the box was up.
+    if (!dialog)
+        return QString();
+    const QString result = dialog->resultText();
+    delete dialog.data();
+    return result;
+}
