@@ -1,38 +1,43 @@
 #include "base/app_folder.h"
 #include "base/clock.h"
-#include "base/prompts.h"
+#include "people/first_admin_dialog.h"
+#include "people/log_in.h"
+#include "people/log_in_dialog.h"
 #include "server/console.h"
+#include "server/instance_lock.h"
 #include "server/terminal_server.h"
+#include "store/database.h"
 #include "store/report_source.h"
+#include "store/settings_file.h"
+#include "ui/main_window.h"
+#include "ui/prompts_dialog.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDir>
 #include <QTextStream>
 
 namespace {
-// Until the windows come, the console reports on its standard streams.
-class StreamPrompts final : public Prompts {
-public:
-    Answer ask(const QString& text, const QString& title, Buttons buttons, Icon) override {
-        QTextStream(stderr) << (title.isEmpty() ? QStringLiteral("Tarvo QRB") : title) << ": "
-                            << text << '\n';
-        return buttons == Buttons::YesNo ? Answer::Yes : Answer::Ok;
+constexpr auto ProgramName = "Tarvo QRB";
+
+bool AsksOnlyForText(int argc, char* argv[]) {
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray a(argv[i]);
+        if (a == "-h" || a == "--help" || a == "--help-all" || a == "-?" || a == "-v" ||
+            a == "--version")
+            return true;
     }
-    void notice(const QString& text, const QString& title, Icon icon) override {
-        ask(text, title, Buttons::Ok, icon);
-    }
-    QString consoleBox(const ConsoleBox& box) override {
-        ask(box.text, box.title, Buttons::Ok, Icon::None);
-        return QString();
-    }
-};
+    return false;
+}
+
+void Fail(Prompts& prompts, const QString& text) {
+    prompts.message(text, QString::fromLatin1(ProgramName), Prompts::Icon::Critical);
+}
 } // namespace
 
 int main(int argc, char* argv[]) {
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("tarvoqrb"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Tarvo QRB"));
-    QApplication::setApplicationVersion(QStringLiteral(TARVO_VERSION));
+    QCoreApplication::setApplicationName(QStringLiteral("tarvoqrb"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TARVO_VERSION));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Tarvo QRB: the internet café console."));
@@ -40,12 +45,27 @@ int main(int argc, char* argv[]) {
     parser.addVersionOption();
     QCommandLineOption dataDir(QStringLiteral("data-dir"),
                                QStringLiteral("Folder of the database, settings, product list, "
-                                              "logs and snapshot."),
+                                              "logs and snapshot (default: the program's folder "
+                                              "when writable, else the user's data folder)."),
                                QStringLiteral("DIR"));
     QCommandLineOption port(QStringLiteral("port"),
                             QStringLiteral("TCP port the terminals connect to (default 1066)."),
                             QStringLiteral("N"), QString::number(TerminalServer::DefaultPort));
-    parser.addOptions({dataDir, port});
+    QCommandLineOption odbcIni(QStringLiteral("odbc-ini"),
+                               QStringLiteral("ODBC ini file that receives the report data "
+                                              "source (default: $ODBCINI, else ~/.odbc.ini)."),
+                               QStringLiteral("FILE"));
+    parser.addOptions({dataDir, port, odbcIni});
+
+    // --help and --version answer without reaching the windowing system, so they work
+    // where there is no display.
+    if (AsksOnlyForText(argc, argv)) {
+        QCoreApplication text(argc, argv);
+        parser.process(text);
+    }
+
+    QApplication app(argc, argv);
+    QApplication::setApplicationDisplayName(QString::fromLatin1(ProgramName));
     parser.process(app);
 
     bool portOk = false;
@@ -54,31 +74,66 @@ int main(int argc, char* argv[]) {
         QTextStream(stderr) << "tarvoqrb: --port takes a number from 0 to 65535.\n";
         return 2;
     }
-    QString folderPath = parser.isSet(dataDir) ? parser.value(dataDir) : AppFolder::defaultPath();
+    const QString folderPath =
+        parser.isSet(dataDir) ? parser.value(dataDir) : AppFolder::defaultPath();
     if (!QDir().mkpath(folderPath)) {
         QTextStream(stderr) << "tarvoqrb: cannot create the data folder " << folderPath << '\n';
         return 2;
     }
+    const QString odbcIniPath =
+        parser.isSet(odbcIni) ? parser.value(odbcIni) : ReportSource::DefaultIniPath();
 
     SystemClock clock;
-    StreamPrompts prompts;
+    WidgetPrompts prompts(clock);
     AppFolder folder(folderPath);
     Console console(clock, prompts, folder);
-    QObject::connect(&console, &Console::messageLogged,
-                     [](const QString& e) { QTextStream(stdout) << e.trimmed() << Qt::endl; });
+
+    // Storage and the operator's log-in come first; on any failure nothing is written.
     try {
         console.openStorage();
-        const auto report = console.startUp(quint16(portNumber), ReportSource::DefaultIniPath());
-        QTextStream out(stdout);
-        out << "Data folder: " << folder.path() << '\n'
-            << "Terminals: " << console.nofpc() << '\n'
-            << "Sessions restored: " << report.restored << '\n'
-            << "Listening on port " << console.server().port() << Qt::endl;
-        for (const auto& p : report.problems)
-            out << "Note: " << p << '\n';
-    } catch (const std::exception& e) {
-        QTextStream(stderr) << "tarvoqrb: " << QString::fromUtf8(e.what()) << '\n';
+        if (!HasAnyAccount(console.database()) && !RunFirstAdminDialog(console))
+            return 0;
+    } catch (const StoreError& e) {
+        Fail(prompts, e.text());
+        return 1;
+    } catch (const SettingsError& e) {
+        Fail(prompts, e.text());
         return 1;
     }
-    return app.exec();
+    {
+        LogInDialog logIn(console, LogInDialog::Mode::Start);
+        if (logIn.exec() != QDialog::Accepted)
+            return 0;
+    }
+
+    // The main window's loading.
+    MainWindow window(console);
+    prompts.setParentWindow(&window);
+    InstanceLock instance(folder);
+    if (!instance.tryLock()) {
+        prompts.message(QStringLiteral("Application is already Running"),
+                        QString::fromLatin1(ProgramName), Prompts::Icon::Exclamation);
+        return 1;
+    }
+    try {
+        const Console::StartupReport report = console.startUp(quint16(portNumber), odbcIniPath);
+        for (const QString& problem : report.problems)
+            console.LogMessage(problem);
+    } catch (const StoreError& e) {
+        Fail(prompts, e.text());
+        return 1;
+    }
+    window.finishLoading();
+
+    // Closing the window ends the program at once; the sessions stay in the session log.
+    QObject::connect(&window, &MainWindow::applicationClosing, &app,
+                     [] { QCoreApplication::exit(0); });
+    window.updateCaption();
+    window.show();
+    console.clock().BusyWait(1000);
+    window.showMaximized();
+
+    const int code = app.exec();
+    prompts.setParentWindow(nullptr);
+    return code;
 }

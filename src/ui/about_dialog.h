@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QDialog>
+
+// "What is Tarvo?": the program, its version, and the machine it runs on.
+class AboutDialog : public QDialog {
+    Q_OBJECT
+public:
+    explicit AboutDialog(const QString& dataFolder, QWidget* parent = nullptr);
+
+    // The machine's system information as "name: value" lines.
+    static QString SystemInformation(const QString& dataFolder);
+};
