@@ -9,94 +9,52 @@
 #include <QTextStream>
 #include <QThread>
 
-// The other console is another process: this same program started with
-// "--hold-lock DIR", which takes the lock, says so, and waits to be killed.
-namespace {
-int HoldLock(const QString& dir) {
-    AppFolder folder(dir);
-    InstanceLock lock(folder);
-    if (!lock.tryLock())
-        return 3;
-    QTextStream(stdout) << "locked" << Qt::endl;
-    for (;;)
-        QThread::sleep(60);
-}
-} // namespace
+using namespace Qt::StringLiterals;
 
 class TestInstanceLock : public QObject {
     Q_OBJECT
 
-    // Starts the other console and waits until it holds the lock.
-    void startHolder(QProcess& holder, const QString& dir) {
-        holder.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--hold-lock"), dir});
-        QVERIFY(holder.waitForStarted());
-        QVERIFY(holder.waitForReadyRead(30000));
-        QCOMPARE(holder.readLine().trimmed(), QByteArray("locked"));
-    }
-
 private Q_SLOTS:
-    void secondConsoleInSameProcessIsRefused() {
-        QTemporaryDir dir;
-        AppFolder folder(dir.path());
-        InstanceLock first(folder);
+    void secondConsoleIsRefusedUntilTheFirstLets() {
+        QTemporaryDir dir, other;
+        InstanceLock first{AppFolder(dir.path())}, second{AppFolder(dir.path())};
         QVERIFY(first.tryLock());
-        InstanceLock second(folder);
-        QVERIFY(!second.tryLock());
-        QVERIFY(!second.isLocked());
+        QVERIFY(!second.tryLock() && !second.isLocked());
+        QVERIFY(InstanceLock(AppFolder(other.path())).tryLock()); // one lock per folder
         first.unlock();
         QVERIFY(second.tryLock());
+        QVERIFY(!InstanceLock(AppFolder(u"/nonexistent/tarvo/folder"_s)).tryLock());
     }
 
-    void runningConsoleRefusesAnotherAndDeadOneIsTakenOver() {
+    void runningConsoleRefusesAnotherAndKilledOneIsTakenOver() {
         QTemporaryDir dir;
-        QProcess holder;
-        startHolder(holder, dir.path());
-
-        AppFolder folder(dir.path());
-        // A console that has run for days holds an old lock file; age alone never
-        // makes it stale.
-        QFile lockFile(folder.file(QString::fromLatin1(InstanceLock::FileName)));
+        QProcess holder; // another console: this program with "--hold-lock DIR"
+        holder.start(QCoreApplication::applicationFilePath(), {u"--hold-lock"_s, dir.path()});
+        QVERIFY(holder.waitForReadyRead(30000) && holder.readLine() == "locked\n");
+        QFile lockFile(dir.filePath(QString::fromLatin1(InstanceLock::FileName)));
+        // A console that has run for days holds an old lock file; age alone never makes it stale.
         QVERIFY(lockFile.open(QIODevice::ReadWrite));
         QVERIFY(lockFile.setFileTime(QDateTime::currentDateTime().addDays(-3),
                                      QFileDevice::FileModificationTime));
-        lockFile.close();
-        InstanceLock mine(folder);
+        InstanceLock mine{AppFolder(dir.path())};
         QVERIFY(!mine.tryLock());
 
-        // Killed with no chance to clean up: the lock file stays behind.
+        // Killed with no chance to clean up: the lock file stays behind, naming a dead process.
         holder.kill();
-        QVERIFY(holder.waitForFinished());
-        QVERIFY(QFile::exists(folder.file(QString::fromLatin1(InstanceLock::FileName))));
-
+        QVERIFY(holder.waitForFinished() && lockFile.exists());
         QVERIFY(mine.tryLock());
-        InstanceLock another(folder);
-        QVERIFY(!another.tryLock());
-    }
-
-    void oneLockPerFolder() {
-        QTemporaryDir a;
-        QTemporaryDir b;
-        AppFolder folderA(a.path());
-        AppFolder folderB(b.path());
-        InstanceLock lockA(folderA);
-        InstanceLock lockB(folderB);
-        QVERIFY(lockA.tryLock());
-        QVERIFY(lockB.tryLock());
-    }
-
-    void folderThatCannotHoldALockRefuses() {
-        AppFolder missing(QStringLiteral("/nonexistent/tarvo/folder"));
-        InstanceLock lock(missing);
-        QVERIFY(!lock.tryLock());
+        QVERIFY(!InstanceLock(AppFolder(dir.path())).tryLock());
     }
 };
 
 int main(int argc, char* argv[]) {
-    if (argc == 3 && qstrcmp(argv[1], "--hold-lock") == 0) {
-        QCoreApplication app(argc, argv);
-        return HoldLock(QString::fromLocal8Bit(argv[2]));
-    }
     QCoreApplication app(argc, argv);
+    if (argc == 3 && qstrcmp(argv[1], "--hold-lock") == 0) {
+        InstanceLock lock{AppFolder(QString::fromLocal8Bit(argv[2]))};
+        QTextStream(stdout) << (lock.tryLock() ? "locked" : "refused") << Qt::endl;
+        for (;;)
+            QThread::sleep(60);
+    }
     TestInstanceLock test;
     return QTest::qExec(&test, argc, argv);
 }
