@@ -11,12 +11,12 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QEventLoop>
-#include <QTimer>
 #include <QTextStream>
+#include <QTimer>
 
 #include <sys/resource.h>
 

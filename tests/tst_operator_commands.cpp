@@ -16,8 +16,7 @@ struct RawTerminal {
     QByteArray received;
 
     bool connectAs(Console& console, int pc, const QString& address) {
-        QObject::connect(&socket, &QTcpSocket::readyRead,
-                         [this] { received += socket.readAll(); });
+        QObject::connect(&socket, &QTcpSocket::readyRead, [this] { received += socket.readAll(); });
         if (!socket.bind(QHostAddress(address)))
             return false;
         socket.connectToHost(QHostAddress::LocalHost, console.server().port());
@@ -48,7 +47,8 @@ class OperatorCommandsTest : public QObject {
         return console->terminals().at(pc);
     }
     QVariant rowValue(const QString& column, const QString& cid) {
-        return fx->scalar(QStringLiteral("SELECT %1 FROM templog WHERE CID = ?").arg(column), {cid});
+        return fx->scalar(QStringLiteral("SELECT %1 FROM templog WHERE CID = ?").arg(column),
+                          {cid});
     }
 
 private Q_SLOTS:
@@ -68,8 +68,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("title");
         QTest::addColumn<int>("icon");
-        QTest::newRow("pause") << 0 << "Pausing terminal at this moment is not possible" << ""
-                               << int(Icon::None);
+        QTest::newRow("pause") << 0 << "Pausing terminal at this moment is not possible"
+                               << "" << int(Icon::None);
         QTest::newRow("resume") << 1 << "Terminal is not on-line or not connected to server"
                                 << "Terminal is down" << int(Icon::None);
         QTest::newRow("lock") << 2 << "Performing lock on closed terminal is not allowed"
@@ -88,12 +88,24 @@ private Q_SLOTS:
         QFETCH(int, icon);
         TerminalRecord before = console->terminals().at(3);
         switch (command) {
-        case 0: PausePc(*console, 3); break;
-        case 1: ResumePc(*console, 3); break;
-        case 2: LockPc(*console, 3); break;
-        case 3: UnlockPc(*console, 3); break;
-        case 4: ExtendPCmin(*console, 3, QStringLiteral("30")); break;
-        case 5: QCOMPARE(PeekSocketOfPc(*console, 3), -1); break;
+        case 0:
+            PausePc(*console, 3);
+            break;
+        case 1:
+            ResumePc(*console, 3);
+            break;
+        case 2:
+            LockPc(*console, 3);
+            break;
+        case 3:
+            UnlockPc(*console, 3);
+            break;
+        case 4:
+            ExtendPCmin(*console, 3, QStringLiteral("30"));
+            break;
+        case 5:
+            QCOMPARE(PeekSocketOfPc(*console, 3), -1);
+            break;
         }
         QCOMPARE(fx->prompts.shown.size(), 1);
         QCOMPARE(fx->prompts.last()->text, text);
@@ -158,8 +170,7 @@ private Q_SLOTS:
         QCOMPARE(r.pcstat, QStringLiteral("LOG"));
         QCOMPARE(r.TickStart, fx->clock.tickCount());
         QVERIFY(t.waitFor("TLMT 90"));
-        const QByteArray expected =
-            "PAUX " + r.starttime.toUtf8() + "SBTK @1000" + "TLMT 90";
+        const QByteArray expected = "PAUX " + r.starttime.toUtf8() + "SBTK @1000" + "TLMT 90";
         QVERIFY2(t.received.endsWith(expected), t.received.constData());
         QCOMPARE(rowValue("pcstat", "ID-00002").toString(), QStringLiteral("LOG"));
 
@@ -191,10 +202,14 @@ private Q_SLOTS:
         QTest::addColumn<QString>("minutes");
         QTest::addColumn<QString>("limit");
         QTest::addColumn<int>("tile");
-        QTest::newRow("PC 7, 60 + 30") << 7 << "30" << "90" << 7;
-        QTest::newRow("PC 48 uses tile 24") << 48 << "5" << "65" << 24;
-        QTest::newRow("PC 25 uses tile 1") << 25 << "60" << "120" << 1;
-        QTest::newRow("PC 24 uses tile 24") << 24 << "15" << "75" << 24;
+        QTest::newRow("PC 7, 60 + 30") << 7 << "30"
+                                       << "90" << 7;
+        QTest::newRow("PC 48 uses tile 24") << 48 << "5"
+                                            << "65" << 24;
+        QTest::newRow("PC 25 uses tile 1") << 25 << "60"
+                                           << "120" << 1;
+        QTest::newRow("PC 24 uses tile 24") << 24 << "15"
+                                            << "75" << 24;
     }
     void extendRaisesTheLimit() {
         QFETCH(int, pc);
@@ -243,8 +258,9 @@ private Q_SLOTS:
 
         fx->prompts.answers = {Prompts::Answer::Yes};
         MaintainAll(*console, QStringLiteral("LogOff"), true);
-        QCOMPARE(fx->prompts.shown.first().text,
-                 QStringLiteral("Do you really wish to perform a LogOff routine to all terminals."));
+        QCOMPARE(
+            fx->prompts.shown.first().text,
+            QStringLiteral("Do you really wish to perform a LogOff routine to all terminals."));
         QCOMPARE(fx->prompts.shown.first().icon, Icon::Exclamation);
         QVERIFY(t4.waitFor("LGOF"));
         QTest::qWait(50);
@@ -252,11 +268,13 @@ private Q_SLOTS:
             QVERIFY(!t->received.contains("LGOF"));
         const QString log = console->messageLog();
         for (int pc : {1, 2, 3})
-            QVERIFY(log.contains(QStringLiteral("Terminal %1 with pending trans.<denied>..\r").arg(pc)));
+            QVERIFY(log.contains(
+                QStringLiteral("Terminal %1 with pending trans.<denied>..\r").arg(pc)));
         QVERIFY(!log.contains(QStringLiteral("Terminal 4 with")));
         QVERIFY(log.contains(QStringLiteral("Sending Signal 'LogOff' to all terminal\r")));
         // Newest first: the skips come after the announcement in time, so before it here.
-        QVERIFY(log.indexOf(QStringLiteral("Terminal 3 with")) < log.indexOf(QStringLiteral("Sending Signal")));
+        QVERIFY(log.indexOf(QStringLiteral("Terminal 3 with")) <
+                log.indexOf(QStringLiteral("Sending Signal")));
     }
 
     void maintenanceWords_data() {

@@ -10,7 +10,9 @@ qint32 SystemClock::tickCount() const {
     return qint32(quint32(ms));
 }
 
-QDateTime SystemClock::now() const { return QDateTime::currentDateTime(); }
+QDateTime SystemClock::now() const {
+    return QDateTime::currentDateTime();
+}
 
 qint32 TickAdd(qint32 a, qint32 b) {
     qint32 r;

@@ -169,12 +169,14 @@ QString FormatDateTime(const QDateTime& when, const QString& mask) {
             ++n;
         return n;
     };
-    auto two = [](int v) { return QString::number(v).rightJustified(2, QLatin1Char('0')); };
+    auto two = [](int v) {
+        return QString::number(v).rightJustified(2, QLatin1Char('0'));
+    };
     while (i < mask.size()) {
         const QChar c = mask[i].toUpper();
         qsizetype n = 0;
         if (c == QLatin1Char('D') && (n = run(c)) >= 2) {
-            out += n >= 4 ? english.dayName(date.dayOfWeek(), QLocale::LongFormat)
+            out += n >= 4   ? english.dayName(date.dayOfWeek(), QLocale::LongFormat)
                    : n == 3 ? english.dayName(date.dayOfWeek(), QLocale::ShortFormat)
                             : two(date.day());
             afterHour = false;
@@ -226,6 +228,8 @@ QString FormatElapsed(qint32 milliseconds) {
         hours = minutes / 60;
         minutes = minutes % 60;
     }
-    auto two = [](qint32 v) { return QString::number(v).rightJustified(2, QLatin1Char('0')); };
+    auto two = [](qint32 v) {
+        return QString::number(v).rightJustified(2, QLatin1Char('0'));
+    };
     return two(hours) + QLatin1Char(':') + two(minutes) + QLatin1Char(':') + two(seconds);
 }

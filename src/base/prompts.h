@@ -14,12 +14,12 @@ public:
     struct ConsoleBox {
         QString title;
         QString text;
-        QString extra;                   // shown under the text when not empty
+        QString extra;                            // shown under the text when not empty
         QString mode = QStringLiteral("Message"); // "Message" or "Input"
-        int closeAfterMs = 0;            // Timer1: closes a notice by itself; 0 = never
-        int countdownMs = 0;             // Timer2: refreshes the "OK(n)" countdown
-        QChar passwordChar;              // masks the input when set
-        bool modal = true;               // a notice from a tick or socket never waits
+        int closeAfterMs = 0;                     // Timer1: closes a notice by itself; 0 = never
+        int countdownMs = 0;                      // Timer2: refreshes the "OK(n)" countdown
+        QChar passwordChar;                       // masks the input when set
+        bool modal = true;                        // a notice from a tick or socket never waits
     };
 
     virtual ~Prompts() = default;

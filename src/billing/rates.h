@@ -44,10 +44,12 @@ public:
 
     const QList<Service>& services() const { return services_; }
     const QList<Promo>& promos() const { return promos_; }
-    const Promo& promo() const { return promos_.at(qBound(0, promoInForce, int(promos_.size()) - 1)); }
+    const Promo& promo() const {
+        return promos_.at(qBound(0, promoInForce, int(promos_.size()) - 1));
+    }
 
 private:
     QList<Service> services_;
-    QList<Promo> promos_ = {{QStringLiteral("None Defined"), QStringLiteral("None"),
-                             QStringLiteral("None"), Money()}};
+    QList<Promo> promos_ = {
+        {QStringLiteral("None Defined"), QStringLiteral("None"), QStringLiteral("None"), Money()}};
 };

@@ -61,4 +61,6 @@ void Console::LogMessage(const QString& text) {
     Q_EMIT messageLogged(entry);
 }
 
-void Console::setStatus(int panel, const QString& text) { Q_EMIT statusChanged(panel, text); }
+void Console::setStatus(int panel, const QString& text) {
+    Q_EMIT statusChanged(panel, text);
+}

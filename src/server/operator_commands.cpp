@@ -26,8 +26,7 @@ template <typename F> void guarded(Console& console, F&& command) {
 }
 
 // The terminal's socket, or -1 after telling the operator it is down.
-int socketOrRefuse(Console& console, int pc, const QString& text, const QString& title,
-                   Icon icon) {
+int socketOrRefuse(Console& console, int pc, const QString& text, const QString& title, Icon icon) {
     const int s = console.server().SocketOfPc(pc);
     if (s == -1)
         console.prompts().message(text, title, icon);
@@ -38,9 +37,9 @@ int socketOrRefuse(Console& console, int pc, const QString& text, const QString&
 void PausePc(Console& console, int pc) {
     guarded(console, [&] {
         TerminalRecord& r = console.terminals().at(pc);
-        const int s = socketOrRefuse(console, pc,
-                                     QStringLiteral("Pausing terminal at this moment is not possible"),
-                                     QString(), Icon::None);
+        const int s = socketOrRefuse(
+            console, pc, QStringLiteral("Pausing terminal at this moment is not possible"),
+            QString(), Icon::None);
         if (s == -1)
             return;
         // No check that the session runs: a second pause banks the time since the last
@@ -157,7 +156,8 @@ void MaintainAll(Console& console, const QString& kind, bool ask) {
                                      QString(), Prompts::Buttons::YesNo,
                                      Icon::Exclamation) != Prompts::Answer::Yes)
         return;
-    console.LogMessage(QStringLiteral("Sending Signal '") + kind + QStringLiteral("' to all terminal"));
+    console.LogMessage(QStringLiteral("Sending Signal '") + kind +
+                       QStringLiteral("' to all terminal"));
     for (int p = 1; p <= console.terminals().count(); ++p)
         MaintainPc(console, p, kind);
 }

@@ -37,9 +37,8 @@ TerminalServer::~TerminalServer() {
 bool TerminalServer::StartListening(quint16 port) {
     listener_.close();
     if (!listener_.listen(QHostAddress::AnyIPv4, port)) {
-        console_.LogMessage(QStringLiteral("LISTEN ERR: port %1: %2")
-                                .arg(port)
-                                .arg(listener_.errorString()));
+        console_.LogMessage(
+            QStringLiteral("LISTEN ERR: port %1: %2").arg(port).arg(listener_.errorString()));
         return false;
     }
     localAddress_ = QStringLiteral("127.0.0.1");
@@ -52,7 +51,9 @@ bool TerminalServer::StartListening(quint16 port) {
     return true;
 }
 
-quint16 TerminalServer::port() const { return listener_.serverPort(); }
+quint16 TerminalServer::port() const {
+    return listener_.serverPort();
+}
 
 void TerminalServer::markAllOffline() {
     DbSession s(console_.database());
@@ -327,7 +328,8 @@ void TerminalServer::onIdentify(int index, const QByteArray& message) {
 
 void TerminalServer::onSnapshotPiece(int index, const QByteArray& piece, bool first) {
     if (first) {
-        snapshot_ = std::make_unique<QFile>(console_.folder().file(QString::fromLatin1(SnapshotFile)));
+        snapshot_ =
+            std::make_unique<QFile>(console_.folder().file(QString::fromLatin1(SnapshotFile)));
         if (!snapshot_->open(QIODevice::WriteOnly | QIODevice::Truncate)) {
             console_.LogMessage(QStringLiteral("SNAPSHOT ERR: ") + snapshot_->errorString());
             snapshot_.reset();

@@ -38,7 +38,7 @@ public:
     // Registry.
     void RegisterTerminal(const QString& message, const QString& address, int socketIndex);
     int PcOfAddress(const QString& address) const; // 0 when unknown
-    int SocketOfPc(int pc) const;                   // -1 when it has no identified connection
+    int SocketOfPc(int pc) const;                  // -1 when it has no identified connection
     bool SendToPc(int pc, const QByteArray& message);
     // Sends on element `index`; false when it has no open connection.
     bool sendOnSocket(int index, const QByteArray& message);

@@ -33,7 +33,8 @@ const QList<TableDef>& tables() {
             BkTick INTEGER, pcstat TEXT COLLATE NOCASE, stopwatch TEXT COLLATE NOCASE)",
          {"CID", "StartTime", "aindex", "isout", "cdtls", "datelog", "TickStart", "BkTick",
           "pcstat", "stopwatch"}},
-        {"SrvIPTable", "TrmIP TEXT COLLATE NOCASE, PCno INTEGER, SKIndex INTEGER, Status INTEGER",
+        {"SrvIPTable",
+         "TrmIP TEXT COLLATE NOCASE, PCno INTEGER, SKIndex INTEGER, Status INTEGER",
          {"TrmIP", "PCno", "SKIndex", "Status"}},
         {"TmpRvnD",
          R"(Rdate DATE, rtype TEXT COLLATE NOCASE, Amount REAL, CID TEXT COLLATE NOCASE,
@@ -41,7 +42,8 @@ const QList<TableDef>& tables() {
             rdesc TEXT COLLATE NOCASE, subamnt TEXT, qty REAL)",
          {"Rdate", "rtype", "Amount", "CID", "TID", "StartT", "EndT", "Tcons", "Orno", "rdesc",
           "subamnt", "qty"}},
-        {"sysusers", R"("user" TEXT COLLATE NOCASE, utype TEXT COLLATE NOCASE, keys TEXT)",
+        {"sysusers",
+         R"("user" TEXT COLLATE NOCASE, utype TEXT COLLATE NOCASE, keys TEXT)",
          {"user", "utype", "keys"}},
     };
     return defs;
@@ -62,7 +64,9 @@ const char* const indexStatements[] = {
     "CREATE INDEX IF NOT EXISTS tarvo_users_name ON sysusers (\"user\" COLLATE NOCASE)",
 };
 
-QString fileLabel(const QString& path) { return QFileInfo(path).fileName(); }
+QString fileLabel(const QString& path) {
+    return QFileInfo(path).fileName();
+}
 
 } // namespace
 
@@ -144,9 +148,8 @@ DbSession::DbSession(const Database& database) {
     static std::atomic<quint64> serial{0};
     name_ = QStringLiteral("tarvo-%1").arg(++serial);
     if (!QFileInfo::exists(database.path()))
-        throw StoreError(QStringLiteral("The database file %1 is missing.")
-                             .arg(database.path())
-                             .toStdString());
+        throw StoreError(
+            QStringLiteral("The database file %1 is missing.").arg(database.path()).toStdString());
     db_ = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name_);
     db_.setDatabaseName(database.path());
     db_.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
@@ -188,4 +191,6 @@ bool isYes(const QVariant& value) {
     return text.toDouble() != 0.0;
 }
 
-bool hasQuote(const QString& value) { return value.contains(QLatin1Char('\'')); }
+bool hasQuote(const QString& value) {
+    return value.contains(QLatin1Char('\''));
+}

@@ -53,7 +53,9 @@ private:
 };
 
 // Yes/No columns: written as -1, any non-zero reads as true.
-inline QVariant yesNo(bool value) { return value ? -1 : 0; }
+inline QVariant yesNo(bool value) {
+    return value ? -1 : 0;
+}
 bool isYes(const QVariant& value);
 
 // Refuses a text holding an apostrophe, which the console's statements do not accept in

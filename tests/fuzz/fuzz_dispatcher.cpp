@@ -71,8 +71,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             std::abort();
     {
         DbSession s(console.database());
-        auto q = s.run(QStringLiteral("SELECT count(*) FROM templog WHERE aindex < 1 OR aindex > ?"),
-                       {table.count()});
+        auto q =
+            s.run(QStringLiteral("SELECT count(*) FROM templog WHERE aindex < 1 OR aindex > ?"),
+                  {table.count()});
         if (q.next() && q.value(0).toInt() != 0)
             std::abort();
     }

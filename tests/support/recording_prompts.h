@@ -18,8 +18,8 @@ public:
     };
 
     QList<Shown> shown;
-    QList<Answer> answers;  // taken in order by ask(); Yes/Ok when empty
-    QStringList inputs;     // taken in order by consoleBox() in "Input" mode
+    QList<Answer> answers; // taken in order by ask(); Yes/Ok when empty
+    QStringList inputs;    // taken in order by consoleBox() in "Input" mode
 
     Answer ask(const QString& text, const QString& title, Buttons buttons, Icon icon) override {
         shown.append({QStringLiteral("ask"), text, title, buttons, icon, {}});
