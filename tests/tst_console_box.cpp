@@ -13,7 +13,12 @@
 namespace {
 
 Prompts::ConsoleBox consoleBox(const char* mode, int ms, QChar mask = {}, bool modal = true) {
-    return {.mode = mode, .closeAfterMs = ms, .passwordChar = mask, .modal = modal};
+    Prompts::ConsoleBox box;
+    box.mode = QString::fromLatin1(mode);
+    box.closeAfterMs = ms;
+    box.passwordChar = mask;
+    box.modal = modal;
+    return box;
 }
 
 template <typename T> T* part(QWidget& w, const char* name) {

@@ -30,15 +30,25 @@ const QString Idle = QStringLiteral("%1|||0||0|0|NLG|U|0||0"); // a record in it
 
 TerminalRecord session(const QString& cid, const QString& start, int pc = 3, qint32 bank = 0,
                        const char* stat = "LOG", const char* limit = "U") {
-    return {.cid = cid,
-            .starttime = start,
-            .pcno = quint8(pc),
-            .logged = true,
-            .cdtls = cid + QStringLiteral(":Reyes, Ana"),
-            .TickStart = 1000000,
-            .stopwatch = limit,
-            .pcstat = stat,
-            .BkTick = bank};
+    TerminalRecord r;
+    r.cid = cid;
+    r.starttime = start;
+    r.pcno = quint8(pc);
+    r.logged = true;
+    r.cdtls = cid + QStringLiteral(":Reyes, Ana");
+    r.TickStart = 1000000;
+    r.stopwatch = limit;
+    r.pcstat = stat;
+    r.BkTick = bank;
+    return r;
+}
+
+TerminalRecord clockOnly(qint32 tickStart, const char* stat, qint32 bank = 0) {
+    TerminalRecord r;
+    r.TickStart = tickStart;
+    r.pcstat = stat;
+    r.BkTick = bank;
+    return r;
 }
 
 // A data folder with a prepared database, the clock at 09:00 today.
@@ -96,13 +106,13 @@ private Q_SLOTS:
     void runningTime() {
         constexpr qint32 max = std::numeric_limits<qint32>::max();
         // Banked time plus the counter's advance while running; the bank alone otherwise.
-        const TerminalRecord running{.TickStart = -2000000, .pcstat = "LOG", .BkTick = 5000};
+        const TerminalRecord running = clockOnly(-2000000, "LOG", 5000);
         QCOMPARE(running.runningTime(-1000000), 1005000);
-        const TerminalRecord billing{.TickStart = 1000000, .pcstat = "BIL", .BkTick = 70000};
+        const TerminalRecord billing = clockOnly(1000000, "BIL", 70000);
         QCOMPARE(billing.runningTime(9000000), 70000);
-        const TerminalRecord full{.TickStart = 0, .pcstat = "LOG", .BkTick = max - 10};
+        const TerminalRecord full = clockOnly(0, "LOG", max - 10);
         QVERIFY_THROWS_EXCEPTION(TickOverflow, full.runningTime(100));
-        const TerminalRecord wrapped{.TickStart = max - 100, .pcstat = "LOG"};
+        const TerminalRecord wrapped = clockOnly(max - 100, "LOG");
         QVERIFY_THROWS_EXCEPTION(TickOverflow,
                                  wrapped.runningTime(std::numeric_limits<qint32>::min() + 100));
     }
