@@ -75,4 +75,23 @@ import -window "$main_window" "$out/main_window.png"
 size=$(stat -c %s "$out/main_window.png")
 [ "$size" -gt 20000 ] || fail "screenshot too small ($size bytes)"
 echo "screenshot: $out/main_window.png ($size bytes)"
+
+# A second console on the same data folder is refused once its operator has logged in.
+QT_QPA_PLATFORM=xcb "$console" --data-dir "$data" --port 0 --odbc-ini "$data/odbc.ini" &
+second=$!
+pids+=("$second")
+focus "Tarvo QRB - Operator Log-In"
+type_line ADMIN
+type_line 'Kape&Tinapay7'
+focus "^Tarvo QRB$"
+box=$(xdotool getwindowfocus)
+[ -n "$(xdotool getwindowname "$box")" ] || fail "no refusal box"
+xdotool key Return
+status=0
+wait "$second" || status=$?
+[ "$status" -ne 0 ] || fail "the second console kept running"
+kill -0 "${pids[0]}" || fail "the first console ended"
+[ "$(sqlite3 "$db" 'SELECT count(*) FROM SrvIPTable WHERE Status <> 0')" = 2 ] ||
+  fail "the first console lost its terminals"
+echo "second instance refused (exit status $status)"
 echo "1 passed, 0 failed"
