@@ -21,15 +21,6 @@
 #include <sys/resource.h>
 
 namespace {
-class SilentPrompts final : public Prompts {
-public:
-    Answer ask(const QString&, const QString&, Buttons b, Icon) override {
-        return b == Buttons::YesNo ? Answer::Yes : Answer::Ok;
-    }
-    void notice(const QString&, const QString&, Icon) override {}
-    QString consoleBox(const ConsoleBox&) override { return QString(); }
-};
-
 double cpuSeconds() {
     rusage u{};
     getrusage(RUSAGE_SELF, &u);

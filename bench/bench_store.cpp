@@ -33,14 +33,6 @@ constexpr int BatchRows = 10000;
 constexpr int Pcs = 24;
 constexpr int OpenToday = 24;
 
-// Answers every box with OK; nothing here should raise one.
-class SilentPrompts final : public Prompts {
-public:
-    Answer ask(const QString&, const QString&, Buttons, Icon) override { return Answer::Ok; }
-    void notice(const QString&, const QString&, Icon) override {}
-    QString consoleBox(const ConsoleBox&) override { return {}; }
-};
-
 // Median wall time of `runs` calls, in microseconds.
 double medianMicros(int runs, const std::function<void()>& work) {
     std::vector<qint64> times;

@@ -31,15 +31,6 @@ constexpr int LoadedRequests = 100000;
 constexpr int LoneRequests = 10000;
 constexpr int GiveUpAfterMs = 240000;
 
-class SilentPrompts final : public Prompts {
-public:
-    Answer ask(const QString&, const QString&, Buttons buttons, Icon) override {
-        return buttons == Buttons::YesNo ? Answer::Yes : Answer::Ok;
-    }
-    void notice(const QString&, const QString&, Icon) override {}
-    QString consoleBox(const ConsoleBox&) override { return QString(); }
-};
-
 QTextStream& out() {
     static QTextStream stream(stdout);
     return stream;

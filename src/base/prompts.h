@@ -37,3 +37,14 @@ public:
         ask(text, title, Buttons::Ok, icon);
     }
 };
+
+// Shows nothing and answers every question with Yes or OK: for programs that drive the
+// console with no operator at the screen (benchmarks, the fuzz target).
+class SilentPrompts final : public Prompts {
+public:
+    Answer ask(const QString&, const QString&, Buttons buttons, Icon) override {
+        return buttons == Buttons::YesNo ? Answer::Yes : Answer::Ok;
+    }
+    void notice(const QString&, const QString&, Icon) override {}
+    QString consoleBox(const ConsoleBox&) override { return QString(); }
+};

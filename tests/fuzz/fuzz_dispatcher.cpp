@@ -14,15 +14,6 @@
 #include <cstdlib>
 
 namespace {
-class SilentPrompts final : public Prompts {
-public:
-    Answer ask(const QString&, const QString&, Buttons b, Icon) override {
-        return b == Buttons::YesNo ? Answer::Yes : Answer::Ok;
-    }
-    void notice(const QString&, const QString&, Icon) override {}
-    QString consoleBox(const ConsoleBox&) override { return QString(); }
-};
-
 struct World {
     QTemporaryDir dir;
     ManualClock clock;
