@@ -46,8 +46,13 @@ TerminalListEntry MakeTerminalListEntry(const TerminalRecord& record, int pc) {
     e.pc = pc;
     e.state = TerminalListState(record.pcstat);
     e.online = record.online;
-    e.text = QStringLiteral("Pc Number %1 %2, %3 :%1")
-                 .arg(QString::number(pc), StateWords(e.state, record.pcstat),
+    // Whose session it is, at a glance; a ":" in it would mislead the PC-number reading.
+    QString who;
+    if (record.logged && !record.cid.trimmed().isEmpty())
+        who = QStringLiteral(" (") + QString(record.cid).remove(QLatin1Char(':')).trimmed() +
+              QLatin1Char(')');
+    e.text = QStringLiteral("Pc Number %1 %2%3, %4 :%1")
+                 .arg(QString::number(pc), StateWords(e.state, record.pcstat), who,
                       record.online ? QStringLiteral("on line") : QStringLiteral("off line"));
     return e;
 }
