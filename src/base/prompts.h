@@ -38,6 +38,21 @@ public:
     }
 };
 
+// The console's own box with the arguments it has always taken (all but the mode may be
+// left out); returns the result text.
+inline QString ShowConsoleBox(Prompts& prompts, const QString& mode, const QString& title = {},
+                              const QString& text = {}, const QString& extra = {}, int timer1Ms = 0,
+                              int timer2Ms = 0) {
+    Prompts::ConsoleBox box;
+    box.mode = mode;
+    box.title = title;
+    box.text = text;
+    box.extra = extra;
+    box.closeAfterMs = timer1Ms;
+    box.countdownMs = timer2Ms;
+    return prompts.consoleBox(box);
+}
+
 // Shows nothing and answers every question with Yes or OK: for programs that drive the
 // console with no operator at the screen (benchmarks, the fuzz target).
 class SilentPrompts final : public Prompts {

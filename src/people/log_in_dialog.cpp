@@ -142,11 +142,8 @@ void LogInDialog::passwordEntered() {
         return;
     const CurrentOperator& op = console_.currentOperator();
     Q_EMIT switched(SwitchCaption(op.CurrentUserName, op.CurrentUserType));
-    Prompts::ConsoleBox box;
-    box.mode = QStringLiteral("Message");
-    box.title = QStringLiteral("Switch Log");
-    box.text = QStringLiteral("Change Log ") + op.CurrentUserName + QStringLiteral(" Done");
-    console_.prompts().consoleBox(box);
+    ShowConsoleBox(console_.prompts(), QStringLiteral("Message"), QStringLiteral("Switch Log"),
+                   QStringLiteral("Change Log ") + op.CurrentUserName + QStringLiteral(" Done"));
 }
 
 void LogInDialog::okClicked() {

@@ -112,15 +112,10 @@ void ExtendPCmin(Console& console, int pc, const QString& minutes) {
             console.prompts().message(QStringLiteral("Terminal is set to open hour"));
             return;
         }
-        Prompts::ConsoleBox box;
-        box.title = QStringLiteral("Message");
-        box.text = QStringLiteral("Calculating new time limit");
-        box.extra = QStringLiteral("Extend time to ") + minutes;
-        box.mode = QStringLiteral("Message");
-        // Long enough to read, short enough not to hold the operator up.
-        box.closeAfterMs = 3000;
-        box.countdownMs = 250;
-        console.prompts().consoleBox(box);
+        // Up long enough to read, short enough not to hold the operator up.
+        ShowConsoleBox(console.prompts(), QStringLiteral("Message"), QStringLiteral("Message"),
+                       QStringLiteral("Calculating new time limit"),
+                       QStringLiteral("Extend time to ") + minutes, 3000, 250);
 
         const QString limit = QString::number(Val(minutes) + Val(r.stopwatch), 'g', 15);
         r.stopwatch = limit;
