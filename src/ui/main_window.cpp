@@ -348,6 +348,12 @@ MainWindow::MainWindow(Console& console, QWidget* parent) : QMainWindow(parent),
     backgroundTimer_->start();
 
     connect(&console_, &Console::statusChanged, this, &MainWindow::setPanel);
+    // A terminal asking for the log-on dialog: told without holding up its socket event.
+    connect(&console_.server(), &TerminalServer::logOnDialogRequested, this, [this] {
+        console_.prompts().notice(QStringLiteral("A terminal asks for the log-on dialog, which is "
+                                                 "not available yet in this version."),
+                                  QString(), Icon::Information);
+    });
     // The listening socket may already be up when the window is made.
     if (!console_.server().localAddress().isEmpty())
         setPanel(7, console_.server().localAddress());
