@@ -1,6 +1,7 @@
 #include "server/operator_commands.h"
 
 #include "base/text.h"
+#include "people/rights.h"
 #include "server/console.h"
 #include "server/protocol.h"
 #include "server/terminal_server.h"
@@ -9,7 +10,6 @@ namespace {
 using Icon = Prompts::Icon;
 
 const QString TerminalIsDown = QStringLiteral("Terminal is down");
-const QString AdminOnly = QStringLiteral("Access denied, for Administrator accounts only");
 
 // Runs a command; a failure abandons it and is told to the operator, as the console's
 // error handler always has.
@@ -85,10 +85,8 @@ void LockPc(Console& console, int pc) {
 
 void UnlockPc(Console& console, int pc) {
     guarded(console, [&] {
-        if (!console.currentOperator().isAdmin()) {
-            console.prompts().message(AdminOnly, QString(), Icon::Critical);
+        if (!AdminOrRefuse(console, AdminCommand::TerminalUnlock))
             return;
-        }
         TerminalRecord& r = console.terminals().at(pc);
         const int s = socketOrRefuse(
             console, pc, QStringLiteral("Performing unlock on closed terminal is not allowed"),
@@ -169,10 +167,8 @@ bool MayAssignPc(Console& console, int pc) {
 }
 
 int PeekSocketOfPc(Console& console, int pc) {
-    if (!console.currentOperator().isAdmin()) {
-        console.prompts().message(AdminOnly, QString(), Icon::Critical);
+    if (!AdminOrRefuse(console, AdminCommand::TerminalPeek))
         return -1;
-    }
     int s = -1;
     guarded(console, [&] {
         s = socketOrRefuse(console, pc,

@@ -380,9 +380,9 @@ void MainWindow::buildMenus() {
     connect(addItem(system, "mnuPCTerm", QStringLiteral("Terminal Attachment Infos")),
             &QAction::triggered, this, [this] { notAvailable(QStringLiteral("The IP table")); });
     connect(addItem(system, "mnuRateS", QStringLiteral("Tarvo System Settings")),
-            &QAction::triggered, this, [this] { openRates(false); });
+            &QAction::triggered, this, [this] { openRates(AdminCommand::SettingsMenu); });
     connect(addItem(system, "mnuuser", QStringLiteral("System Users for Tarvo")),
-            &QAction::triggered, this, &MainWindow::openAccounts);
+            &QAction::triggered, this, [this] { openAccounts(AdminCommand::AccountsMenu); });
     connect(addItem(system, "mnuBkDB", QStringLiteral("Back-Up Database")), &QAction::triggered,
             this, [this] { notAvailable(QStringLiteral("The database back-up")); });
     connect(addItem(system, "mnuTxtview", QStringLiteral("Message Archiver")), &QAction::triggered,
@@ -702,27 +702,19 @@ void MainWindow::ShowForm(QWidget* form, bool modal) {
         form->show();
 }
 
-bool MainWindow::adminOrRefuse(bool withIcon) {
-    if (console_.currentOperator().isAdmin())
-        return true;
-    console_.prompts().message(QStringLiteral("Access Denied.."), QString(),
-                               withIcon ? Icon::Critical : Icon::None);
-    return false;
-}
-
 void MainWindow::notAvailable(const QString& windowName) {
     console_.prompts().message(windowName +
                                    QStringLiteral(" is not available yet in this version."),
                                QString(), Icon::Information);
 }
 
-void MainWindow::openRates(bool refusalIcon) {
-    if (adminOrRefuse(refusalIcon))
+void MainWindow::openRates(AdminCommand command) {
+    if (AdminOrRefuse(console_, command))
         notAvailable(QStringLiteral("The rates, services and promos window"));
 }
 
-void MainWindow::openAccounts() {
-    if (adminOrRefuse(true))
+void MainWindow::openAccounts(AdminCommand command) {
+    if (AdminOrRefuse(console_, command))
         notAvailable(QStringLiteral("The system user maintenance"));
 }
 
@@ -738,13 +730,13 @@ void MainWindow::tbarButtonClick(int index) {
         notAvailable(QStringLiteral("The active terminal view"));
         break;
     case 4:
-        openRates(true);
+        openRates(AdminCommand::SettingsButton);
         break;
     case 5:
         notAvailable(QStringLiteral("The members register"));
         break;
     case 6:
-        openAccounts();
+        openAccounts(AdminCommand::AccountsButton);
         break;
     case 7:
         notAvailable(QStringLiteral("Today's sales"));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "people/rights.h"
 #include "server/terminal_list.h"
 
 #include <QMainWindow>
@@ -77,14 +78,12 @@ private:
     void showPopupAt(const QPoint& globalPos);
     void fillWindowMenu();
 
-    // True for an "Admin"; otherwise shows "Access Denied.." with the given icon.
-    bool adminOrRefuse(bool withIcon);
     // Stands in for a window that a later version brings.
     void notAvailable(const QString& windowName);
 
     // Commands.
-    void openRates(bool refusalIcon);
-    void openAccounts();
+    void openRates(AdminCommand command);
+    void openAccounts(AdminCommand command);
     void openPrinterSetup();
     void openManual();
     void openAbout();
