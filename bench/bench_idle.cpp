@@ -4,9 +4,8 @@
 // memory.
 #include "base/clock.h"
 #include "base/prompts.h"
-#include "server/console.h"
+#include "console/console.h"
 #include "server/session_start.h"
-#include "server/terminal_server.h"
 #include "ui/main_window.h"
 
 #include <QApplication>
@@ -70,8 +69,8 @@ int main(int argc, char* argv[]) {
     Console console(clock, prompts, folder);
     console.openStorage();
     console.startUp(0, dir.filePath(QStringLiteral("odbc.ini")));
-    console.currentOperator().CurrentUserName = QStringLiteral("BENCH");
-    console.currentOperator().CurrentUserType = QStringLiteral("Admin");
+    console.currentOperator().name = QStringLiteral("BENCH");
+    console.currentOperator().type = QStringLiteral("Admin");
 
     MainWindow window(console);
     window.show();
@@ -89,7 +88,7 @@ int main(int argc, char* argv[]) {
     }
     auto identified = [&] {
         for (int pc = 1; pc <= 24; ++pc)
-            if (console.server().SocketOfPc(pc) == -1)
+            if (console.control().socketOfPc(pc) == -1)
                 return false;
         return true;
     };
@@ -98,8 +97,8 @@ int main(int argc, char* argv[]) {
         return 1;
     }
     for (int pc = 1; pc <= 10; ++pc)
-        LogOnPc(console, QString::number(pc), QStringLiteral("TRM-%1").arg(pc),
-                QStringLiteral("WALK-IN ON TRM %1").arg(pc), console.server().SocketOfPc(pc));
+        logOnPc(console.sessionParts(), QString::number(pc), QStringLiteral("TRM-%1").arg(pc),
+                QStringLiteral("WALK-IN ON TRM %1").arg(pc), console.control().socketOfPc(pc));
     out << "24 terminals connected, " << console.terminals().loggedCount()
         << " sessions running; measuring 30 s of idling..." << Qt::endl;
 

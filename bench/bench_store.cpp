@@ -5,9 +5,8 @@
 #include "base/app_folder.h"
 #include "base/clock.h"
 #include "base/prompts.h"
-#include "server/console.h"
+#include "console/console.h"
 #include "server/session_log.h"
-#include "server/terminal_server.h"
 #include "server/terminal_table.h"
 #include "store/database.h"
 
@@ -187,8 +186,8 @@ int main(int argc, char** argv) {
         int restored = 0;
         const double restoreMedian = medianMicros(20, [&] {
             TerminalTable table;
-            table.InitTerminalTable(Pcs);
-            restored = log.RestoreSessions(table).count;
+            table.init(Pcs);
+            restored = log.restoreSessions(table).count;
         });
 
         double todaysRentals = 0;
@@ -203,7 +202,7 @@ int main(int argc, char** argv) {
         int pc = 0, socket = 0;
         const double socketMedian = medianMicros(200, [&] {
             pc = pc % Pcs + 1;
-            socket = console.server().SocketOfPc(pc);
+            socket = console.control().socketOfPc(pc);
         });
 
         std::printf("database: %d session rows over %d days, %d revenue rows over %d days\n",

@@ -8,8 +8,7 @@
 #include "base/app_folder.h"
 #include "base/clock.h"
 #include "base/prompts.h"
-#include "server/console.h"
-#include "server/terminal_server.h"
+#include "console/console.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

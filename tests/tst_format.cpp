@@ -18,7 +18,7 @@ class TstFormat : public QObject {
     }
 
 private Q_SLOTS:
-    // A double value goes through FormatNumber(double); a qint64 is Money in ten-thousandths.
+    // A double value goes through formatNumber(double); a qint64 is Money in ten-thousandths.
     void numberMasks_data() {
         QTest::addColumn<QVariant>("value");
         QTest::addColumn<QString>("mask");
@@ -64,9 +64,9 @@ private Q_SLOTS:
         QFETCH(QString, mask);
         QFETCH(QString, expected);
         if (value.typeId() == QMetaType::LongLong)
-            QCOMPARE(FormatNumber(Money::fromUnits(value.toLongLong()), mask), expected);
+            QCOMPARE(formatNumber(Money::fromUnits(value.toLongLong()), mask), expected);
         else
-            QCOMPARE(FormatNumber(value.toDouble(), mask), expected);
+            QCOMPARE(formatNumber(value.toDouble(), mask), expected);
     }
 
     void dateMasks_data() {
@@ -88,11 +88,11 @@ private Q_SLOTS:
         QFETCH(QDateTime, when);
         QFETCH(QString, mask);
         QFETCH(QString, expected);
-        QCOMPARE(FormatDateTime(when, mask), expected);
+        QCOMPARE(formatDateTime(when, mask), expected);
         if (mask.startsWith(QLatin1String("HH")) || mask.startsWith(QLatin1String("hh")))
-            QCOMPARE(FormatTime(when.time(), mask), expected);
+            QCOMPARE(formatTime(when.time(), mask), expected);
         else if (!mask.contains(QLatin1Char('H')))
-            QCOMPARE(FormatDate(when.date(), mask), expected);
+            QCOMPARE(formatDate(when.date(), mask), expected);
     }
 
     void leadingNumber_data() {
@@ -110,7 +110,7 @@ private Q_SLOTS:
     void leadingNumber() {
         QFETCH(QString, text);
         QFETCH(double, expected);
-        QCOMPARE(Val(text), expected);
+        QCOMPARE(::leadingNumber(text), expected);
     }
 
     // A PC number after the first colon: 1 to 255, a whole number, else 0.
@@ -129,9 +129,9 @@ private Q_SLOTS:
     void numberAfterColon() {
         QFETCH(QString, text);
         QFETCH(int, expected);
-        QCOMPARE(NumberAfterColon(text), expected);
-        // FindChar counts from 1, 0 when absent.
-        QCOMPARE(int(FindChar(":", text)), int(text.indexOf(QLatin1Char(':')) + 1));
+        QCOMPARE(::numberAfterColon(text), expected);
+        // findChar counts from 1, 0 when absent.
+        QCOMPARE(int(findChar(":", text)), int(text.indexOf(QLatin1Char(':')) + 1));
     }
 
     void elapsed_data() {
@@ -147,7 +147,7 @@ private Q_SLOTS:
     void elapsed() {
         QFETCH(qint32, ms);
         QFETCH(QString, expected);
-        QCOMPARE(FormatElapsed(ms), expected);
+        QCOMPARE(formatElapsed(ms), expected);
     }
 
     // Half of the fourth decimal rounds away from zero however the double lies about it.
@@ -188,9 +188,9 @@ private Q_SLOTS:
         QFETCH(qint32, b);
         QFETCH(QVariant, expected);
         if (expected.isNull())
-            QVERIFY_THROWS_EXCEPTION(TickOverflow, add ? TickAdd(a, b) : TickSub(a, b));
+            QVERIFY_THROWS_EXCEPTION(TickOverflow, add ? tickAdd(a, b) : tickSub(a, b));
         else
-            QCOMPARE(add ? TickAdd(a, b) : TickSub(a, b), expected.toInt());
+            QCOMPARE(add ? tickAdd(a, b) : tickSub(a, b), expected.toInt());
     }
 };
 

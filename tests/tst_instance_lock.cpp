@@ -1,4 +1,4 @@
-#include "server/instance_lock.h"
+#include "console/instance_lock.h"
 
 #include <QCoreApplication>
 #include <QDateTime>

@@ -34,7 +34,7 @@ struct AccountsFixture : ConsoleFixture {
         op() = {"Maria", "User", "secret"};
     }
     CurrentOperator& op() { return console->currentOperator(); }
-    QString who() { return op().CurrentUserName + '/' + op().CurrentUserType; }
+    QString who() { return op().name + '/' + op().type; }
     QString accounts() {
         return scalar("SELECT group_concat(\"user\" || '|' || utype || '|' || keys) FROM sysusers")
             .toString();
@@ -110,10 +110,11 @@ private Q_SLOTS:
     void logInSteps() {
         QFETCH(Steps, c);
         AccountsFixture fx;
-        LogIn logIn(*fx.console, c.switching ? LogIn::Mode::Switch : LogIn::Mode::Start);
-        QCOMPARE(logIn.NameStep(c.name), c.nameOutcome);
+        LogIn logIn(fx.console->database(), fx.prompts, fx.op(),
+                    c.switching ? LogIn::Mode::Switch : LogIn::Mode::Start);
+        QCOMPARE(logIn.nameStep(c.name), c.nameOutcome);
         if (!c.password.isNull())
-            QCOMPARE(logIn.PasswordStep(c.password), c.passwordOutcome);
+            QCOMPARE(logIn.passwordStep(c.password), c.passwordOutcome);
         QCOMPARE(fx.shown(), c.shown);
         QCOMPARE(fx.who(), c.who);
     }
@@ -138,17 +139,17 @@ private Q_SLOTS:
         AccountsFixture fx(c.accountsExist);
         const QString before = fx.accounts();
         const auto outcome =
-            CreateFirstAdmin(fx.console->database(), c.name, c.password, c.confirmation);
+            createFirstAdmin(fx.console->database(), c.name, c.password, c.confirmation);
         QCOMPARE(outcome.problem, c.problem);
-        QCOMPARE(HasAnyAccount(fx.console->database()), c.accountsExist || outcome.created());
+        QCOMPARE(hasAnyAccount(fx.console->database()), c.accountsExist || outcome.created());
         QCOMPARE(fx.accounts(),
                  outcome.created() ? c.name.trimmed() + "|Admin|" + c.password : before);
         if (!outcome.created())
             return;
         // The account logs in like any other, with administrator rights.
-        LogIn logIn(*fx.console, LogIn::Mode::Start);
-        QCOMPARE(logIn.NameStep(c.name.trimmed().toLower()), LogIn::NameOutcome::Found);
-        QCOMPARE(logIn.PasswordStep(c.password.toUpper()), LogIn::PasswordOutcome::Correct);
+        LogIn logIn(fx.console->database(), fx.prompts, fx.op(), LogIn::Mode::Start);
+        QCOMPARE(logIn.nameStep(c.name.trimmed().toLower()), LogIn::NameOutcome::Found);
+        QCOMPARE(logIn.passwordStep(c.password.toUpper()), LogIn::PasswordOutcome::Correct);
         QVERIFY(fx.op().isAdmin());
     }
 

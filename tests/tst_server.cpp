@@ -1,10 +1,8 @@
 // The console's terminal server end to end: real loopback connections from the
 // terminal client, a real database file, a hand-set clock.
-#include "terminal_client.h"
-
-#include "server/protocol.h"
-#include "server/terminal_server.h"
+#include "protocol/protocol.h"
 #include "support/console_fixture.h"
+#include "support/terminal_probe.h"
 
 #include <QFile>
 #include <QImage>
@@ -19,45 +17,17 @@ class ServerTest : public QObject {
     Q_OBJECT
 
     std::unique_ptr<ConsoleFixture> fx;
-    std::unique_ptr<TerminalClient> probe_;
+    std::unique_ptr<TerminalProbe> probe;
 
     Console& console() { return *fx->console; }
     TerminalServer& server() { return fx->console->server(); }
-    TerminalRecord& record(int pc) { return fx->console->terminals().at(pc); }
-
-    // A terminal connected from `address`, its "ACPT" taken; null when that failed.
+    const TerminalRecord& record(int pc) { return fx->console->terminals().at(pc); }
     std::unique_ptr<TerminalClient> connectFrom(const char* address = "127.0.0.1") {
-        auto t = std::make_unique<TerminalClient>();
-        if (!t->connectToConsole("127.0.0.1", server().port(), QHostAddress(address)) ||
-            t->waitFor("ACPT").isEmpty())
-            return nullptr;
-        return t;
+        return probe->connect(QString::fromLatin1(address));
     }
-    bool identify(TerminalClient& t, int pc) {
-        t.setPcNumber(pc);
-        t.identify();
-        return QTest::qWaitFor([&] { return record(pc).online; });
-    }
-    // Everything the console sent `t` so far: a rates request goes last, and its
-    // answer comes only after every earlier answer.
-    L drain(TerminalClient& t) {
-        t.requestRates();
-        if (t.waitFor("SRPH").isEmpty())
-            return {"(no answer to RTS)"};
-        const L before = t.inbox();
-        t.clearInbox();
-        return before;
-    }
-    // What the console answers `t` to `message`. Another connection's rates request,
-    // answered only once the console has read `message`, says when it is done.
-    L exchange(TerminalClient& t, const QByteArray& message) {
-        t.clearInbox();
-        t.sendRaw(message);
-        if (!probe_)
-            probe_ = connectFrom("127.0.0.9");
-        drain(*probe_);
-        return drain(t);
-    }
+    bool identify(TerminalClient& t, int pc) { return probe->identify(t, pc); }
+    static L drain(TerminalClient& t) { return TerminalProbe::drain(t); }
+    L exchange(TerminalClient& t, const QByteArray& message) { return probe->exchange(t, message); }
     // The registry as "address|PC|socket|on", one entry per row.
     QStringList ipRows() {
         DbSession s(console().database());
@@ -71,10 +41,10 @@ class ServerTest : public QObject {
 
 private Q_SLOTS:
     void init() {
-        probe_.reset();
+        probe.reset();
         fx.reset();
         fx = std::make_unique<ConsoleFixture>();
-        fx->start();
+        probe = std::make_unique<TerminalProbe>(fx->start());
     }
 
     void reconnectTakesTheNextSocketAndKeepsTheRow_data() {
@@ -92,10 +62,11 @@ private Q_SLOTS:
         reset ? first->abort() : first->disconnectFromConsole();
         QTRY_VERIFY(!record(7).online);
         QCOMPARE(ipRows(), QStringList{"127.0.0.1|7|1|off"});
-        QCOMPARE(server().SocketOfPc(7), -1);
+        QCOMPARE(console().control().socketOfPc(7), -1);
 
         auto second = connectFrom();
-        QVERIFY(second && identify(*second, 7));
+        QVERIFY(second);
+        QVERIFY(identify(*second, 7));
         QCOMPARE(ipRows(), QStringList{"127.0.0.1|7|2|on"});
         QCOMPARE(drain(*second), L{}); // nothing was paused
     }
@@ -157,9 +128,11 @@ private Q_SLOTS:
             QVERIFY(f.open(QIODevice::WriteOnly) && f.write(products) == products.size());
         }
         fx->exec("INSERT INTO members (CID, LN, FN) VALUES ('M-0001', 'Dela Cruz', '  Juan ')");
-        QSignalSpy dialog(&server(), &TerminalServer::logOnDialogRequested);
+        QSignalSpy dialog(&console().terminalMessages(), &TerminalMessages::logOnDialogRequested);
+        console().timeLimits().setLimitOfPc(5, "30"); // the board's choice, which a start drops
         auto t = connectFrom();
-        QVERIFY(t && identify(*t, 5));
+        QVERIFY(t);
+        QVERIFY(identify(*t, 5));
         const QStringList rows = ipRows();
 
         L got;
@@ -174,26 +147,27 @@ private Q_SLOTS:
         QCOMPARE(shown.join('\n'), notice);
         QCOMPARE(dialog.count(), messages == "Loa" ? 1 : 0);
         if (messages.startsWith("TXT"))
-            QVERIFY(console().messageLog().startsWith(QString::fromUtf8(messages) + '\r'));
+            QVERIFY(console().messageLog().text().startsWith(QString::fromUtf8(messages) + '\r'));
         QCOMPARE(ipRows(), rows);
         QVERIFY(record(5).online);
         QVERIFY(!QFile::exists(fx->folder->file("TrmSnapShot.Bmp")));
 
         QCOMPARE(console().terminals().loggedCount(), cid.isEmpty() ? 0 : 1);
-        QCOMPARE(fx->scalar("SELECT group_concat(CID||'|'||StartTime||'|'||aindex||'|'||pcstat) "
-                            "FROM templog WHERE isout = 0")
-                     .toString(),
-                 cid.isEmpty() ? QString() : cid + "|09:00:00|5|LOG");
+        QCOMPARE(
+            fx->scalar(
+                  "SELECT "
+                  "group_concat(CID||'|'||StartTime||'|'||aindex||'|'||pcstat||'|'||stopwatch) "
+                  "FROM templog WHERE isout = 0")
+                .toString(),
+            cid.isEmpty() ? QString() : cid + "|09:00:00|5|LOG|U");
         if (!cid.isEmpty()) {
-            QCOMPARE(record(5).TickStart, fx->clock.tickCount());
-            QCOMPARE(record(5).stopwatch, "U");
+            QCOMPARE(record(5).startTick, fx->clock.tickCount());
+            QCOMPARE(record(5).timeLimit, "U");
         }
     }
 
     void ratesAreSentMasked() {
-        console().rates().RPH = 120;
-        console().rates().mint = 45;
-        console().rates().mina = Money::fromUnits(72500);
+        console().rates().setValues(120, Money::fromUnits(72500), 45);
         auto t = connectFrom();
         QVERIFY(t);
         t->requestRates();
@@ -216,28 +190,33 @@ private Q_SLOTS:
         QFETCH(bool, running);
         QFETCH(qint32, bkTick);
         auto t = connectFrom();
-        QVERIFY(t && identify(*t, 5));
+        QVERIFY(t);
+        QVERIFY(identify(*t, 5));
         t->logIn("ID-00001:DELA CRUZ, JUAN;5");
         QVERIFY(!t->waitFor("Log Successful").isEmpty());
-        TerminalRecord& r = record(5);
-        r.BkTick = 5000; // banked by an earlier pause
-        if (!running)
-            r.pcstat = "PAU";
-        QVERIFY(console().sessionLog().UpdateSessionRow(r));
+        const TerminalRecord& r = record(5);
+        {
+            auto edit = console().terminals().edit(5);
+            edit->bankedMs = 5000; // banked by an earlier pause
+            if (!running)
+                edit->state = TerminalState::Paused;
+            QVERIFY(console().sessionLog().updateSessionRow(*edit));
+        }
         fx->clock.advance(60000);
 
         reset ? t->abort() : t->disconnectFromConsole();
         QTRY_VERIFY(!r.online);
         QCOMPARE(ipRows(), QStringList{"127.0.0.1|5|1|off"});
         QVERIFY(r.logged);
-        QCOMPARE(r.BkTick, bkTick);
+        QCOMPARE(r.bankedMs, bkTick);
         QCOMPARE(fx->scalar("SELECT BkTick || '|' || pcstat FROM templog").toString(),
                  QString::number(bkTick) + "|PAU");
         QCOMPARE(console().messageLog().contains("CONN ERR: 127.0.0.1 Socket Force closed\r"),
                  running);
         // Back again, the terminal is told its session is paused.
         auto back = connectFrom();
-        QVERIFY(back && identify(*back, 5));
+        QVERIFY(back);
+        QVERIFY(identify(*back, 5));
         QCOMPARE(drain(*back), L{"PAUS"});
     }
 
@@ -248,11 +227,12 @@ private Q_SLOTS:
         const L sent = TerminalClient::SnapshotPieces(TerminalClient::EncodeBitmap(image));
         QCOMPARE(sent.size(), 3);
         auto t = connectFrom();
-        QVERIFY(t && identify(*t, 3));
+        QVERIFY(t);
+        QVERIFY(identify(*t, 3));
         t->logIn("ID-00003:REYES, ANA;3");
         QVERIFY(!t->waitFor("Log Successful").isEmpty());
-        QSignalSpy texts(&server(), &TerminalServer::snapshotProgress);
-        QSignalSpy done(&server(), &TerminalServer::snapshotReceived);
+        QSignalSpy texts(&console().snapshots(), &SnapshotReceiver::progress);
+        QSignalSpy done(&console().snapshots(), &SnapshotReceiver::received);
         const QString path = fx->folder->file("TrmSnapShot.Bmp");
         // One piece at a time, each once the console has taken the one before.
         t->sendRaw(sent[0]);
@@ -278,7 +258,8 @@ private Q_SLOTS:
 
     void slotsUsedUpRefuseOnlyNewConnections() {
         auto t = connectFrom();
-        QVERIFY(t && identify(*t, 3));
+        QVERIFY(t);
+        QVERIFY(identify(*t, 3));
         server().setSocketCounter(TerminalServer::MostSockets);
         TerminalClient late;
         QVERIFY(late.connectToConsole("127.0.0.1", server().port(), QHostAddress("127.0.0.5")));
@@ -287,7 +268,7 @@ private Q_SLOTS:
         QVERIFY(!late.inbox().contains("ACPT"));
         QCOMPARE(server().socketCounter(), TerminalServer::MostSockets);
         // The terminal already served goes on both ways.
-        QVERIFY(server().SendToPc(3, Msg::TEXT("still here")));
+        QVERIFY(console().control().sendToPc(3, Msg::text("still here")));
         QCOMPARE(drain(*t), L{"TEXT still here"});
     }
 };

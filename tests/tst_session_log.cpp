@@ -1,5 +1,5 @@
 // The terminal table and its mirror in templog, and today's sessions put back at start-up.
-#include "server/console.h"
+#include "console/console.h"
 #include "server/session_log.h"
 #include "server/terminal_table.h"
 #include "support/console_fixture.h"
@@ -20,10 +20,10 @@ template <typename... T> void row(const char* name, T... values) {
 
 // pc|cid|start|logged|cdtls|TickStart|BkTick|pcstat|stopwatch|auxflag|TrmIP|online
 QString text(const TerminalRecord& r) {
-    return QStringList{QString::number(r.pcno),    r.cid,    r.starttime,
-                       QString::number(r.logged),  r.cdtls,  QString::number(r.TickStart),
-                       QString::number(r.BkTick),  r.pcstat, r.stopwatch,
-                       QString::number(r.auxflag), r.TrmIP,  QString::number(r.online)}
+    return QStringList{QString::number(r.pcNumber), r.cid,           r.startTime,
+                       QString::number(r.logged),   r.customerLabel, QString::number(r.startTick),
+                       QString::number(r.bankedMs), r.stateCode(),   r.timeLimit,
+                       QString::number(r.auxFlag),  r.address,       QString::number(r.online)}
         .join(QLatin1Char('|'));
 }
 const QString Idle = QStringLiteral("%1|||0||0|0|NLG|U|0||0"); // a record in its first state
@@ -32,22 +32,22 @@ TerminalRecord session(const QString& cid, const QString& start, int pc = 3, qin
                        const char* stat = "LOG", const char* limit = "U") {
     TerminalRecord r;
     r.cid = cid;
-    r.starttime = start;
-    r.pcno = quint8(pc);
+    r.startTime = start;
+    r.pcNumber = quint8(pc);
     r.logged = true;
-    r.cdtls = cid + QStringLiteral(":Reyes, Ana");
-    r.TickStart = 1000000;
-    r.stopwatch = limit;
-    r.pcstat = stat;
-    r.BkTick = bank;
+    r.customerLabel = cid + QStringLiteral(":Reyes, Ana");
+    r.startTick = 1000000;
+    r.timeLimit = limit;
+    r.setStateCode(QString::fromLatin1(stat));
+    r.bankedMs = bank;
     return r;
 }
 
 TerminalRecord clockOnly(qint32 tickStart, const char* stat, qint32 bank = 0) {
     TerminalRecord r;
-    r.TickStart = tickStart;
-    r.pcstat = stat;
-    r.BkTick = bank;
+    r.startTick = tickStart;
+    r.setStateCode(QString::fromLatin1(stat));
+    r.bankedMs = bank;
     return r;
 }
 
@@ -80,27 +80,27 @@ class TstSessionLog : public QObject {
 private Q_SLOTS:
     void initialRecords() {
         TerminalTable table;
-        table.InitTerminalTable(254);
+        table.init(254);
         for (int p = 1; p <= 254; ++p)
             QCOMPARE(text(table.at(p)), Idle.arg(p));
         QVERIFY_THROWS_EXCEPTION(TerminalIndexError, table.at(0));
         QVERIFY_THROWS_EXCEPTION(TerminalIndexError, table.at(255));
         // Made again, every record is back to its first state.
-        table.at(7) = session(QStringLiteral("ID-00001"), QStringLiteral("09:00:00"), 7);
-        table.InitTerminalTable(24);
+        *table.edit(7) = session(QStringLiteral("ID-00001"), QStringLiteral("09:00:00"), 7);
+        table.init(24);
         QCOMPARE(text(table.at(7)), Idle.arg(7));
         QVERIFY_THROWS_EXCEPTION(TerminalIndexError, table.at(25));
     }
 
     void isCidLogged() {
         TerminalTable table;
-        table.InitTerminalTable(24);
-        table.at(3).cid = QStringLiteral("ID-00001");
-        table.at(10).cid = QStringLiteral(" TRM-10 ");
-        QVERIFY(table.IsCidLogged("  ID-00001  ") && table.IsCidLogged("TRM-10"));
+        table.init(24);
+        table.edit(3)->cid = QStringLiteral("ID-00001");
+        table.edit(10)->cid = QStringLiteral(" TRM-10 ");
+        QVERIFY(table.isCidLogged("  ID-00001  ") && table.isCidLogged("TRM-10"));
         // Letter case counts, and only the whole id matches.
         for (const char* other : {"id-00001", "ID-0000", "ID-000011", "ID- 00001"})
-            QVERIFY2(!table.IsCidLogged(other), other);
+            QVERIFY2(!table.isCidLogged(other), other);
     }
 
     void runningTime() {
@@ -120,19 +120,19 @@ private Q_SLOTS:
     void insertAndMarkOut() {
         LogFixture x;
         TerminalRecord r = session("ID-00001", "09:00:00", 17, 42000, "PAU", "45");
-        r.TickStart = -123456;
-        x.log.InsertSessionRow(r);
-        x.log.InsertSessionRow(session(QStringLiteral("TRM-4"), r.starttime, 4));
+        r.startTick = -123456;
+        x.log.insertSessionRow(r);
+        x.log.insertSessionRow(session(QStringLiteral("TRM-4"), r.startTime, 4));
         QCOMPARE(x.fields(1, "CID, StartTime, aindex, isout, cdtls, datelog, TickStart, BkTick, "
                              "pcstat, stopwatch"),
                  QStringLiteral("ID-00001|09:00:00|17|0|ID-00001:Reyes, Ana|2026-11-15|-123456|"
                                 "42000|PAU|45"));
-        QVERIFY(x.log.MarkSessionOut(QStringLiteral("id-00001"), r.starttime));
+        QVERIFY(x.log.markSessionOut(QStringLiteral("id-00001"), r.startTime));
         QCOMPARE(x.fields(1, "aindex, isout"), QStringLiteral("17|-1"));
         QCOMPARE(x.fields(2, "aindex, isout"), QStringLiteral("4|0"));
         // Out is out: no second closing and no more clock saves.
-        QVERIFY(!x.log.MarkSessionOut(r.cid, r.starttime));
-        QVERIFY(!x.log.UpdateSessionRow(r));
+        QVERIFY(!x.log.markSessionOut(r.cid, r.startTime));
+        QVERIFY(!x.log.updateSessionRow(r));
     }
 
     // Only today's open row with this id (any letter case) and start time takes the clock.
@@ -163,7 +163,7 @@ private Q_SLOTS:
         // Rows that never match: yesterday's, a closed one, another start.
         const qint64 a = x.insert(id, at, 3, Today.addDays(-1)), b = x.insert(id, at, 3, Today, -1),
                      c = x.insert(id, QStringLiteral("10:00:00"), 4, Today);
-        QCOMPARE(x.log.UpdateSessionRow(session(cid, start, 3, 777000, "PAU", "45")), found);
+        QCOMPARE(x.log.updateSessionRow(session(cid, start, 3, 777000, "PAU", "45")), found);
         QCOMPARE(x.fields(tested),
                  (found ? "777000|PAU|45|" : "0|LOG|U|") + QString::number(rowIsout));
         QCOMPARE(QStringList({x.fields(a), x.fields(b), x.fields(c)}),
@@ -198,15 +198,15 @@ private Q_SLOTS:
         }
         x.insert("ID-00008", "08:40:00", 8, Today, -1);
         x.insert("ID-00010", "23:50:00", 10, Today.addDays(-1));
-        QSignalSpy spy(x.f.console.get(), &Console::statusChanged);
+        QSignalSpy spy(&x.f.console->statusPanels(), &StatusPanels::changed);
         const auto report = x.f.console->startUp(0, x.f.iniPath());
         QStringList panel2;
         for (const auto& call : spy)
-            if (call.at(0).toInt() == 2)
+            if (call.at(0).value<StatusPanel>() == StatusPanel::Sessions)
                 panel2 << call.at(1).toString();
         QCOMPARE(panel2, rows ? QStringList{"5 PC"} : QStringList());
         QCOMPARE(report.restored, rows ? 5 : 0);
-        QCOMPARE(report.problems.size(), rows ? 4 : 0);
+        QCOMPARE(report.problems.size(), rows ? 5 : 0); // four sessions, and how to get them back
         const TerminalTable& t = x.f.console->terminals();
         QCOMPARE(t.loggedCount(), rows ? 4 : 0);
         QCOMPARE(QStringList({text(t.at(8)), text(t.at(10))}),
@@ -216,6 +216,12 @@ private Q_SLOTS:
         const QString problems = report.problems.join(QLatin1Char('\n'));
         for (const char* id : {"ID-00012", "ID-00090", "ID-00091", "ID-00092"})
             QVERIFY2(problems.contains(id), qPrintable(problems));
+        QVERIFY2(problems.contains("=NOFPC"), qPrintable(problems));
+        // Their rows are left as they were.
+        QCOMPARE(x.f.scalar("SELECT count(*) FROM templog WHERE isout = 0 AND CID IN "
+                            "('ID-00012', 'ID-00090', 'ID-00091', 'ID-00092')")
+                     .toInt(),
+                 4);
         QCOMPARE(text(t.at(2)), "2|ID-00001|08:00:00|1|ID-00001:Name|1000000|30000|PAU|45|0||0");
         QCOMPARE(text(t.at(4)), "4|TRM-4|08:10:00|1|TRM-4:Name|0|0|LOG|0|0||0"); // nulls
         QCOMPARE(text(t.at(6)), "6|ID-00006|08:30:00|1|ID-00006:Name|1200000|5000|PAU|60|0||0");

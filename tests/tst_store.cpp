@@ -1,6 +1,5 @@
 // Storage and the files beside it: database, settings, report source, products, rates.
 #include "billing/rates.h"
-#include "server/terminal_server.h"
 #include "store/database.h"
 #include "store/product_list.h"
 #include "store/report_source.h"
@@ -105,9 +104,9 @@ private Q_SLOTS:
         s.db.prepare();
         QCOMPARE(s.query("SELECT (SELECT count(*) FROM rates), count(*) FROM TmpRvnD"), "0|1");
         Rates rates;
-        rates.RPH = 33;
-        QVERIFY(!rates.LoadRates(s.db));
-        QCOMPARE(rates.RPH, 33.0); // what was in force stays
+        rates.setValues(33, Money::fromPesos(1), 2);
+        QVERIFY(!rates.loadRates(s.db));
+        QCOMPARE(rates.ratePerHour(), 33.0); // what was in force stays
         // Yes is written as -1; anything stored but zero or null reads as yes.
         s.query("INSERT INTO SrvIPTable (TrmIP, Status) VALUES ('a', ?), ('b', ?)",
                 {yesNo(true), yesNo(false)});
@@ -132,25 +131,25 @@ private Q_SLOTS:
         Console& console = f.start();
         TerminalRecord r = console.terminals().at(3);
         QCOMPARE(
-            QStringList({QString::number(r.logged), r.cid, r.pcstat, QString::number(r.TickStart),
-                         QString::number(r.BkTick), r.stopwatch}),
+            QStringList({QString::number(r.logged), r.cid, r.stateCode(),
+                         QString::number(r.startTick), QString::number(r.bankedMs), r.timeLimit}),
             QStringList({"1", "ID-00002", "PAU", "1000000", "60000", "30"}));
         QVERIFY(!console.terminals().at(5).logged); // yesterday's
-        QCOMPARE(console.rates().RPH, 25.0);
-        QCOMPARE(console.rates().mina, Money::fromDouble(12.5));
-        QCOMPARE(console.rates().mint, 45);
+        QCOMPARE(console.rates().ratePerHour(), 25.0);
+        QCOMPARE(console.rates().minimumAmount(), Money::fromDouble(12.5));
+        QCOMPARE(console.rates().minimumMinutes(), 45);
         QStringList names;
         for (const auto& sv : console.rates().services())
-            names << sv.Description;
+            names << sv.description;
         QCOMPARE(names, (QStringList{"Burn CD", "print", "scan", "Xerox"}));
 
         // Look-ups typed in another letter case find the row.
         r.cid = QStringLiteral("id-00002");
-        r.BkTick = 90000;
-        QVERIFY(console.sessionLog().UpdateSessionRow(r));
+        r.bankedMs = 90000;
+        QVERIFY(console.sessionLog().updateSessionRow(r));
         QCOMPARE(f.scalar("SELECT BkTick FROM templog WHERE aindex = 3").toInt(), 90000);
         console.server().handleMessage(1, "CHK id-00001:Dela Cruz, Juan;7");
-        QVERIFY2(console.terminals().at(7).logged, qPrintable(console.messageLog()));
+        QVERIFY2(console.terminals().at(7).logged, qPrintable(console.messageLog().text()));
     }
 
     // A damaged file, another program's, or ours missing a column is refused, now and at the
@@ -212,14 +211,14 @@ private Q_SLOTS:
         if (!content.isNull())
             writeFile(path, content);
         if (expected < 0)
-            QVERIFY_THROWS_EXCEPTION(SettingsError, SettingsFile::LoadNofpc(s.folder));
+            QVERIFY_THROWS_EXCEPTION(SettingsError, SettingsFile::loadNofpc(s.folder));
         else
-            QCOMPARE(SettingsFile::LoadNofpc(s.folder), expected);
+            QCOMPARE(SettingsFile::loadNofpc(s.folder), expected);
         if (content.isNull()) {
             QCOMPARE(
                 QString::fromLatin1(readAll(path)).remove('\r').split('\n', Qt::SkipEmptyParts),
                 (QStringList{"24=NOFPC", "1=PAGE", "Please don't Modify...."}));
-            QCOMPARE(SettingsFile::LoadNofpc(s.folder), 24); // the file it made reads back the same
+            QCOMPARE(SettingsFile::loadNofpc(s.folder), 24); // the file it made reads back the same
         } else {
             QCOMPARE(readAll(path), content); // an existing file is only read
         }
@@ -228,7 +227,7 @@ private Q_SLOTS:
     void reportSource() {
         QTemporaryDir dir;
         const AppFolder folder(dir.path() + QStringLiteral("/Tarvo QRB"));
-        QCOMPARE(ReportSource::SetReportConnection(folder),
+        QCOMPARE(ReportSource::setReportConnection(folder),
                  "DSN=MS Access Database;DBQ=TarvoQRBDB.MDB;DefaultDir=" + dir.path() +
                      "/Tarvo QRB;DriverId=25;FIL=MS Access;MaxBufferSize=2048;PageTimeout=5;"
                      "PWD=TKvelm7342;UID=admin;");
@@ -238,7 +237,7 @@ private Q_SLOTS:
         writeFile(ini, other + "\n[MS Access Database]\nOldValue=1\nDriverId=3\n");
         QString error;
         for (int start = 0; start < 2; ++start)
-            QVERIFY(ReportSource::RegisterReportDataSource(folder, ini, &error));
+            QVERIFY(ReportSource::registerReportDataSource(folder, ini, &error));
         const QString text = QString::fromUtf8(readAll(ini));
         QCOMPARE(text.count("[MS Access Database]"), 1);
         const QStringList ours = text.section("[MS Access Database]\n", 1).split('\n');
@@ -263,7 +262,7 @@ private Q_SLOTS:
         Store s;
         if (!content.isNull())
             writeFile(s.folder.file("Products.LST"), content);
-        QCOMPARE(ProductList::ListText(s.folder), expected);
+        QCOMPARE(ProductList::listText(s.folder), expected);
     }
 
     // Entry 0 is always there: "None Defined" alone, "No Discount" before real promos.
@@ -272,10 +271,10 @@ private Q_SLOTS:
         s.db.prepare();
         Rates rates;
         const auto promos = [&] {
-            rates.LoadPromos(s.db);
+            rates.loadPromos(s.db);
             QStringList out;
             for (const auto& p : rates.promos())
-                out << QStringList{p.ddtls, p.drange, p.dtype, p.Amount.toDecimalText()}.join('|');
+                out << QStringList{p.details, p.range, p.type, p.amount.toDecimalText()}.join('|');
             return out;
         };
         QCOMPARE(promos(), QStringList{"None Defined|None|None|0.0000"});

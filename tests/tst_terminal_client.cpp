@@ -1,8 +1,6 @@
-#include "terminal_client.h"
-
-#include "server/protocol.h"
-#include "server/terminal_server.h"
+#include "protocol/protocol.h"
 #include "support/console_fixture.h"
+#include "support/terminal_probe.h"
 
 #include <QFile>
 #include <QImage>
@@ -20,15 +18,12 @@ class TerminalClientTest : public QObject {
     struct Pair {
         ConsoleFixture fx;
         TerminalClient client;
-        TerminalServer& server() { return fx.console->server(); }
+        Console& console() { return *fx.console; }
         bool up(int pc) {
             fx.start();
-            client.setPcNumber(pc);
-            client.connectToConsole("127.0.0.1", server().port());
-            if (client.waitFor("ACPT").isEmpty())
-                return false;
-            client.identify();
-            return QTest::qWaitFor([&] { return server().SocketOfPc(pc) > 0; });
+            client.connectToConsole("127.0.0.1", console().server().port());
+            return !client.waitFor("ACPT").isEmpty() &&
+                   TerminalProbe(console()).identify(client, pc);
         }
     };
 
@@ -82,13 +77,14 @@ private Q_SLOTS:
 
     void everyConsoleMessageSurvivesBeingJoined() {
         const L catalogue =
-            L{} << Msg::ACPT() << Msg::SMTR("13:05:59") << Msg::PAUS(987654) << Msg::PAUSBare()
-                << Msg::PAUX("07:00:01") << Msg::SBTK(-42) << Msg::TLMT("90") << Msg::WARN("5 left")
-                << Msg::FREE() << Msg::XFRE() << Msg::CMTR() << Msg::OFPS() << Msg::LGOF()
-                << Msg::RSTR() << Msg::PTAY() << Msg::TEXT("Bye now") << Msg::RQPR()
-                << Msg::KLPR("game.exe") << Msg::SNPS() << Msg::SRPH(20, 30, 10) << Msg::MSGR()
-                << Msg::INVD() << Msg::LogSuccessful() << Msg::FailedLog()
-                << Msg::FormLoggerLoaded() << Msg::RAVP("Coke @ 15.00;End");
+            L{} << Msg::accept() << Msg::startMeter("13:05:59") << Msg::pause(987654)
+                << Msg::pausedState() << Msg::resume("07:00:01") << Msg::bankedTime(-42)
+                << Msg::timeLimit("90") << Msg::warn("5 left") << Msg::unlock() << Msg::lock()
+                << Msg::closeMeter() << Msg::idle() << Msg::logOff() << Msg::restart()
+                << Msg::shutDown() << Msg::text("Bye now") << Msg::requestProcesses()
+                << Msg::killProcess("game.exe") << Msg::requestSnapshot() << Msg::rates(20, 30, 10)
+                << Msg::textReceived() << Msg::invalidMember() << Msg::logSuccessful()
+                << Msg::failedLog() << Msg::formLoggerLoaded() << Msg::products("Coke @ 15.00;End");
         for (const QByteArray& first : catalogue)
             for (const QByteArray& second : catalogue) {
                 QByteArray pending;
@@ -122,8 +118,8 @@ private Q_SLOTS:
     void answersProcessRequestWithItsOwnProcesses() {
         Pair pair;
         QVERIFY(pair.up(2));
-        QSignalSpy spy(&pair.server(), &TerminalServer::processesReceived);
-        QVERIFY(pair.server().SendToPc(2, Msg::RQPR()));
+        QSignalSpy spy(&pair.console().terminalMessages(), &TerminalMessages::processesReceived);
+        QVERIFY(pair.console().control().sendToPc(2, Msg::requestProcesses()));
         QVERIFY(spy.wait());
         const QString self =
             QStringLiteral("^%1:tst_terminal").arg(QCoreApplication::applicationPid());
@@ -133,8 +129,8 @@ private Q_SLOTS:
     void answersSnapshotRequestWithABitmap() {
         Pair pair;
         QVERIFY(pair.up(3));
-        QSignalSpy done(&pair.server(), &TerminalServer::snapshotReceived);
-        QVERIFY(pair.server().SendToPc(3, Msg::SNPS()));
+        QSignalSpy done(&pair.console().snapshots(), &SnapshotReceiver::received);
+        QVERIFY(pair.console().control().sendToPc(3, Msg::requestSnapshot()));
         QVERIFY(done.wait(20000));
         QFile file(done.at(0).at(0).toString());
         QVERIFY(file.open(QIODevice::ReadOnly));
@@ -149,9 +145,10 @@ private Q_SLOTS:
         Pair pair;
         QVERIFY(pair.up(6));
         QSignalSpy spy(&pair.client, &TerminalClient::systemRequest);
-        const L requests{Msg::LGOF(), Msg::RSTR(), Msg::PTAY(), Msg::KLPR("tst_terminal_client")};
+        const L requests{Msg::logOff(), Msg::restart(), Msg::shutDown(),
+                         Msg::killProcess("tst_terminal_client")};
         for (const QByteArray& m : requests) {
-            QVERIFY(pair.server().SendToPc(6, m));
+            QVERIFY(pair.console().control().sendToPc(6, m));
             QTRY_COMPARE(spy.size(), requests.indexOf(m) + 1);
             QCOMPARE(spy.last().at(0).toByteArray(), m);
             QCOMPARE(spy.last().at(2).toBool(), false);

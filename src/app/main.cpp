@@ -1,11 +1,10 @@
 #include "base/app_folder.h"
 #include "base/clock.h"
+#include "console/console.h"
+#include "console/instance_lock.h"
 #include "people/first_admin_dialog.h"
 #include "people/log_in.h"
 #include "people/log_in_dialog.h"
-#include "server/console.h"
-#include "server/instance_lock.h"
-#include "server/terminal_server.h"
 #include "store/database.h"
 #include "store/report_source.h"
 #include "store/settings_file.h"
@@ -20,7 +19,7 @@
 namespace {
 constexpr auto ProgramName = "Tarvo QRB";
 
-bool AsksOnlyForText(int argc, char* argv[]) {
+bool asksOnlyForText(int argc, char* argv[]) {
     for (int i = 1; i < argc; ++i) {
         const QByteArray a(argv[i]);
         if (a == "-h" || a == "--help" || a == "--help-all" || a == "-?" || a == "-v" ||
@@ -30,7 +29,7 @@ bool AsksOnlyForText(int argc, char* argv[]) {
     return false;
 }
 
-void Fail(Prompts& prompts, const QString& text) {
+void fail(Prompts& prompts, const QString& text) {
     prompts.message(text, QString::fromLatin1(ProgramName), Prompts::Icon::Critical);
 }
 } // namespace
@@ -59,7 +58,7 @@ int main(int argc, char* argv[]) {
 
     // --help and --version answer without reaching the windowing system, so they work
     // where there is no display.
-    if (AsksOnlyForText(argc, argv)) {
+    if (asksOnlyForText(argc, argv)) {
         QCoreApplication text(argc, argv);
         parser.process(text);
     }
@@ -81,7 +80,7 @@ int main(int argc, char* argv[]) {
         return 2;
     }
     const QString odbcIniPath =
-        parser.isSet(odbcIni) ? parser.value(odbcIni) : ReportSource::DefaultIniPath();
+        parser.isSet(odbcIni) ? parser.value(odbcIni) : ReportSource::defaultIniPath();
 
     SystemClock clock;
     WidgetPrompts prompts(clock);
@@ -91,13 +90,13 @@ int main(int argc, char* argv[]) {
     // Storage and the operator's log-in come first; on any failure nothing is written.
     try {
         console.openStorage();
-        if (!HasAnyAccount(console.database()) && !RunFirstAdminDialog(console))
+        if (!hasAnyAccount(console.database()) && !RunFirstAdminDialog(console))
             return 0;
     } catch (const StoreError& e) {
-        Fail(prompts, e.text());
+        fail(prompts, e.text());
         return 1;
     } catch (const SettingsError& e) {
-        Fail(prompts, e.text());
+        fail(prompts, e.text());
         return 1;
     }
     {
@@ -115,12 +114,11 @@ int main(int argc, char* argv[]) {
                         QString::fromLatin1(ProgramName), Prompts::Icon::Exclamation);
         return 1;
     }
+    Console::StartupReport report;
     try {
-        const Console::StartupReport report = console.startUp(quint16(portNumber), odbcIniPath);
-        for (const QString& problem : report.problems)
-            console.LogMessage(problem);
+        report = console.startUp(quint16(portNumber), odbcIniPath);
     } catch (const StoreError& e) {
-        Fail(prompts, e.text());
+        fail(prompts, e.text());
         return 1;
     }
     window.finishLoading();
@@ -130,8 +128,12 @@ int main(int argc, char* argv[]) {
                      [] { QCoreApplication::exit(0); });
     window.updateCaption();
     window.show();
-    console.clock().BusyWait(1000);
+    console.clock().busyWait(1000);
     window.showMaximized();
+    // What start-up could not do is said once, plainly, before the day's work begins.
+    if (!report.problems.isEmpty())
+        prompts.message(report.problems.join(QStringLiteral("\n\n")),
+                        QString::fromLatin1(ProgramName), Prompts::Icon::Exclamation);
 
     const int code = app.exec();
     prompts.setParentWindow(nullptr);

@@ -14,21 +14,21 @@ QDateTime SystemClock::now() const {
     return QDateTime::currentDateTime();
 }
 
-qint32 TickAdd(qint32 a, qint32 b) {
+qint32 tickAdd(qint32 a, qint32 b) {
     qint32 r;
     if (__builtin_add_overflow(a, b, &r))
         throw TickOverflow();
     return r;
 }
 
-qint32 TickSub(qint32 a, qint32 b) {
+qint32 tickSub(qint32 a, qint32 b) {
     qint32 r;
     if (__builtin_sub_overflow(a, b, &r))
         throw TickOverflow();
     return r;
 }
 
-void Clock::BusyWait(qint32 milliseconds) {
+void Clock::busyWait(qint32 milliseconds) {
     const qint32 start = tickCount();
     while (qint64(tickCount()) - qint64(start) <= milliseconds) {
     }

@@ -17,7 +17,7 @@ public:
     QDate today() const { return now().date(); }
     // Spins, without yielding to the event loop, until the up-time counter has moved on
     // by more than the given milliseconds.
-    virtual void BusyWait(qint32 milliseconds);
+    virtual void busyWait(qint32 milliseconds);
 };
 
 class SystemClock final : public Clock {
@@ -39,7 +39,7 @@ public:
     void setNow(const QDateTime& now) { now_ = now; }
     // Moves both clocks on together, as real time does.
     // Nothing spins in a test: the time just passes.
-    void BusyWait(qint32 milliseconds) override { advance(milliseconds + 1); }
+    void busyWait(qint32 milliseconds) override { advance(milliseconds + 1); }
     void advance(qint32 milliseconds) {
         tick_ = qint32(quint32(tick_) + quint32(milliseconds));
         now_ = now_.addMSecs(milliseconds);
@@ -54,5 +54,5 @@ private:
 struct TickOverflow : std::runtime_error {
     TickOverflow() : std::runtime_error("Overflow") {}
 };
-qint32 TickAdd(qint32 a, qint32 b);
-qint32 TickSub(qint32 a, qint32 b);
+qint32 tickAdd(qint32 a, qint32 b);
+qint32 tickSub(qint32 a, qint32 b);

@@ -148,15 +148,15 @@ QString applyMask(Decimal d, const QString& mask) {
 
 } // namespace
 
-QString FormatNumber(double value, const QString& mask) {
+QString formatNumber(double value, const QString& mask) {
     return applyMask(decimalOfDouble(value), mask);
 }
 
-QString FormatNumber(Money value, const QString& mask) {
+QString formatNumber(Money value, const QString& mask) {
     return applyMask(decimalOfText(value.toDecimalText()), mask);
 }
 
-QString FormatDateTime(const QDateTime& when, const QString& mask) {
+QString formatDateTime(const QDateTime& when, const QString& mask) {
     static const QLocale english(QLocale::English, QLocale::UnitedStates);
     const QDate date = when.date();
     const QTime time = when.time();
@@ -207,15 +207,15 @@ QString FormatDateTime(const QDateTime& when, const QString& mask) {
     return out;
 }
 
-QString FormatDate(const QDate& day, const QString& mask) {
-    return FormatDateTime(QDateTime(day, QTime(0, 0)), mask);
+QString formatDate(const QDate& day, const QString& mask) {
+    return formatDateTime(QDateTime(day, QTime(0, 0)), mask);
 }
 
-QString FormatTime(const QTime& time, const QString& mask) {
-    return FormatDateTime(QDateTime(QDate(1899, 12, 30), time), mask);
+QString formatTime(const QTime& time, const QString& mask) {
+    return formatDateTime(QDateTime(QDate(1899, 12, 30), time), mask);
 }
 
-QString FormatElapsed(qint32 milliseconds) {
+QString formatElapsed(qint32 milliseconds) {
     const qint32 wholeSeconds = milliseconds / 1000;
     const qint32 total = wholeSeconds > 0 ? wholeSeconds : 0;
     qint32 minutes = 0, seconds = total;

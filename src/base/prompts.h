@@ -40,7 +40,7 @@ public:
 
 // The console's own box with the arguments it has always taken (all but the mode may be
 // left out); returns the result text.
-inline QString ShowConsoleBox(Prompts& prompts, const QString& mode, const QString& title = {},
+inline QString showConsoleBox(Prompts& prompts, const QString& mode, const QString& title = {},
                               const QString& text = {}, const QString& extra = {}, int timer1Ms = 0,
                               int timer2Ms = 0) {
     Prompts::ConsoleBox box;

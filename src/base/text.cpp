@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-double Val(const QString& text) {
+double leadingNumber(const QString& text) {
     QString digits;
     bool seenDigit = false, seenPoint = false, seenSign = false;
     for (const QChar c : text) {
@@ -31,18 +31,18 @@ double Val(const QString& text) {
     return 0.0;
 }
 
-qint16 FindChar(const QString& ch, const QString& text) {
+qint16 findChar(const QString& ch, const QString& text) {
     if (ch.isEmpty())
         return 0;
     const qsizetype at = text.indexOf(ch.at(0));
     return at < 0 || at >= 32767 ? qint16(0) : qint16(at + 1);
 }
 
-int NumberAfterColon(const QString& text) {
-    const int at = FindChar(QStringLiteral(":"), text);
+int numberAfterColon(const QString& text) {
+    const int at = findChar(QStringLiteral(":"), text);
     if (at == 0)
         return 0;
-    const double value = Val(text.mid(at));
+    const double value = leadingNumber(text.mid(at));
     if (value < 1 || value > 255 || value != std::floor(value))
         return 0;
     return int(value);

@@ -6,11 +6,11 @@
 // The leading number of a text: blanks anywhere are skipped, then an optional sign,
 // digits and one decimal point; reading stops at the first other character.
 // So "1,234.50" reads 1, " 125.00" reads 125 and "" reads 0.
-double Val(const QString& text);
+double leadingNumber(const QString& text);
 
 // 1-based position of the single character ch in text, 0 when absent.
-qint16 FindChar(const QString& ch, const QString& text);
+qint16 findChar(const QString& ch, const QString& text);
 
 // The PC number of a text such as "Pc Number 3 is not logged :3": the number after the
 // first ":", or 0 when there is none or it is not a whole number from 1 to 255.
-int NumberAfterColon(const QString& text);
+int numberAfterColon(const QString& text);

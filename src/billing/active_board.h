@@ -1,38 +1,37 @@
 #pragma once
 
+#include "server/time_limit_slots.h"
+
+#include <QObject>
 #include <QString>
 
 #include <array>
 
 // The active-terminal board as logic: the page shown and, per tile, the time-limit
-// choice and the amount caption. Session start, resume, extension and billing read
-// it; the window only draws it.
-class ActiveTerminalBoard {
+// choice and the amount caption. Billing reads the amount of a tile from here; the
+// window only draws it.
+class ActiveBoard : public QObject {
+    Q_OBJECT
 public:
-    static constexpr int TilesPerPage = 24;
+    static constexpr int TilesPerPage = TimeLimitSlots::SlotCount;
 
-    // The tile of a PC on whatever page: 48 uses tile 24, 25 uses tile 1.
-    static int SlotOfPc(int pc) {
-        const int slot = pc % TilesPerPage;
-        return slot == 0 ? TilesPerPage : slot;
-    }
+    explicit ActiveBoard(TimeLimitSlots& limits) : limits_(limits) {}
 
     int page() const { return page_; }
     void setPage(int page) { page_ = page < 1 ? 1 : page; }
     int pcOfTile(int tile) const { return tile + (page_ - 1) * TilesPerPage; }
 
-    QString timeLimit(int tile) const { return tiles_.at(index(tile)).timeLimit; }
-    void setTimeLimit(int tile, const QString& text) { tiles_.at(index(tile)).timeLimit = text; }
-    QString amountCaption(int tile) const { return tiles_.at(index(tile)).amount; }
-    void setAmountCaption(int tile, const QString& text) { tiles_.at(index(tile)).amount = text; }
+    QString timeLimit(int tile) const { return limits_.limit(tile); }
+    void setTimeLimit(int tile, const QString& text) { limits_.setLimit(tile, text); }
+    QString amountCaption(int tile) const { return amounts_.at(size_t(tile - 1)); }
+    void setAmountCaption(int tile, const QString& text) { amounts_.at(size_t(tile - 1)) = text; }
 
 private:
-    struct Tile {
-        QString timeLimit = QStringLiteral("U");
-        QString amount = QStringLiteral("P 0.00");
-    };
-    static size_t index(int tile) { return size_t(tile - 1); }
-
+    TimeLimitSlots& limits_;
     int page_ = 1;
-    std::array<Tile, TilesPerPage> tiles_{};
+    std::array<QString, TilesPerPage> amounts_ = [] {
+        std::array<QString, TilesPerPage> a;
+        a.fill(QStringLiteral("P 0.00"));
+        return a;
+    }();
 };

@@ -1,17 +1,28 @@
 #include "billing/rates.h"
 
-bool Rates::LoadRates(const Database& db) {
+void Rates::setValues(double ratePerHour, Money minimumAmount, qint32 minimumMinutes) {
+    ratePerHour_ = ratePerHour;
+    minimumAmount_ = minimumAmount;
+    minimumMinutes_ = minimumMinutes;
+    Q_EMIT changed();
+}
+
+void Rates::resetDefaults() {
+    promoInForce_ = 0;
+    setValues(20, Money::fromPesos(10), 30);
+}
+
+bool Rates::loadRates(const Database& db) {
     DbSession s(db);
     auto q = s.run(QStringLiteral("SELECT RPH, mina, mint FROM rates ORDER BY rowid LIMIT 1"));
     if (!q.next())
         return false;
-    RPH = q.value(0).toDouble();
-    mina = Money::fromDouble(q.value(1).toDouble());
-    mint = qint32(q.value(2).toDouble());
+    setValues(q.value(0).toDouble(), Money::fromDouble(q.value(1).toDouble()),
+              qint32(q.value(2).toDouble()));
     return true;
 }
 
-void Rates::LoadServices(const Database& db) {
+void Rates::loadServices(const Database& db) {
     QList<Service> list;
     DbSession s(db);
     // NOCASE in the statement: a file made by another tool sorts its plain TEXT column
@@ -23,7 +34,7 @@ void Rates::LoadServices(const Database& db) {
     services_ = list;
 }
 
-void Rates::LoadPromos(const Database& db) {
+void Rates::loadPromos(const Database& db) {
     QList<Promo> list;
     DbSession s(db);
     auto q =

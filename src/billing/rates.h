@@ -4,51 +4,61 @@
 #include "store/database.h"
 
 #include <QList>
+#include <QObject>
 #include <QString>
 
-// A discount scheme; dtype is "Per Hour", "Fix" or "None".
+// A discount scheme; type is "Per Hour", "Fix" or "None".
 struct Promo {
-    QString ddtls;
-    QString drange;
-    QString dtype;
-    Money Amount;
+    QString details;
+    QString range;
+    QString type;
+    Money amount;
 };
 
 // A priced extra sold at the counter.
 struct Service {
-    QString Description;
-    double Amount = 0;
+    QString description;
+    double amount = 0;
 };
 
 // The rate values, the services list and the promo list the console charges from.
-class Rates {
+class Rates : public QObject {
+    Q_OBJECT
 public:
-    double RPH = 20;                   // pesos per hour
-    Money mina = Money::fromPesos(10); // minimum amount of any session
-    qint32 mint = 30;                  // minimum minutes: kept and edited, never charged
-    int promoInForce = 0;              // index into promos(); 0 is the built-in entry
+    double ratePerHour() const { return ratePerHour_; }
+    Money minimumAmount() const { return minimumAmount_; }
+    // Kept and edited, never charged.
+    qint32 minimumMinutes() const { return minimumMinutes_; }
+    void setValues(double ratePerHour, Money minimumAmount, qint32 minimumMinutes);
+
+    // Index into promos(); 0 is the built-in entry.
+    int promoInForce() const { return promoInForce_; }
+    void setPromoInForce(int index) { promoInForce_ = index; }
 
     // Back to the start-up defaults (the lists stay as loaded).
-    void resetDefaults() {
-        RPH = 20;
-        mina = Money::fromPesos(10);
-        mint = 30;
-        promoInForce = 0;
-    }
+    void resetDefaults();
 
     // Reads the rates row; false when the table is empty (the defaults stay).
-    bool LoadRates(const Database& db);
-    void LoadServices(const Database& db);
+    bool loadRates(const Database& db);
+    void loadServices(const Database& db);
     // Entry 0 is "No Discount", or "None Defined" when the table is empty.
-    void LoadPromos(const Database& db);
+    void loadPromos(const Database& db);
 
     const QList<Service>& services() const { return services_; }
     const QList<Promo>& promos() const { return promos_; }
     const Promo& promo() const {
-        return promos_.at(qBound(0, promoInForce, int(promos_.size()) - 1));
+        return promos_.at(qBound(0, promoInForce_, int(promos_.size()) - 1));
     }
 
+Q_SIGNALS:
+    // The rate per hour, minimum amount or minimum minutes changed.
+    void changed();
+
 private:
+    double ratePerHour_ = 20;
+    Money minimumAmount_ = Money::fromPesos(10);
+    qint32 minimumMinutes_ = 30;
+    int promoInForce_ = 0;
     QList<Service> services_;
     QList<Promo> promos_ = {
         {QStringLiteral("None Defined"), QStringLiteral("None"), QStringLiteral("None"), Money()}};

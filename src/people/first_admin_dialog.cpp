@@ -1,7 +1,7 @@
 #include "people/first_admin_dialog.h"
 
+#include "console/console.h"
 #include "people/log_in.h"
-#include "server/console.h"
 
 #include <QFormLayout>
 #include <QHBoxLayout>
@@ -81,7 +81,7 @@ FirstAdminDialog::FirstAdminDialog(Console& console, QWidget* parent)
 void FirstAdminDialog::save() {
     using Problem = FirstAdminOutcome::Problem;
     const FirstAdminOutcome outcome =
-        CreateFirstAdmin(console_.database(), txtuser_->text(), txtkey_->text(), txtconf_->text());
+        createFirstAdmin(console_.database(), txtuser_->text(), txtkey_->text(), txtconf_->text());
     Prompts& prompts = console_.prompts();
     switch (outcome.problem) {
     case Problem::None:

@@ -1,6 +1,7 @@
 #include "people/log_in.h"
 
-#include "server/console.h"
+#include "base/current_operator.h"
+#include "base/prompts.h"
 #include "store/database.h"
 
 namespace {
@@ -18,28 +19,27 @@ constexpr int CaptionGap = 70;
 
 } // namespace
 
-LogIn::LogIn(Console& console, Mode mode) : console_(console), mode_(mode) {
+LogIn::LogIn(const Database& database, Prompts& prompts, CurrentOperator& current, Mode mode)
+    : database_(database), prompts_(prompts), current_(current), mode_(mode) {
     if (mode_ == Mode::Start) {
-        CurrentOperator& op = console_.currentOperator();
-        op.CurrentUserType.clear();
-        op.CurrentUserName.clear();
+        current_.type.clear();
+        current_.name.clear();
     }
 }
 
-LogIn::NameOutcome LogIn::NameStep(const QString& typedName) {
+LogIn::NameOutcome LogIn::nameStep(const QString& typedName) {
     const QString name = typedName.trimmed();
     // A name with an apostrophe could never be looked up by the console's statements:
     // it meets the same answer as an unknown name, and nothing is run.
     if (hasQuote(name)) {
-        console_.prompts().message(QStringLiteral("User name not found"), QString(),
-                                   Icon::Critical);
+        prompts_.message(QStringLiteral("User name not found"), QString(), Icon::Critical);
         return NameOutcome::NotFound;
     }
 
     QVariant user, utype, keys;
     bool found = false;
     try {
-        DbSession session(console_.database());
+        DbSession session(database_);
         auto q = session.run(QStringLiteral("SELECT \"user\", utype, keys FROM sysusers "
                                             "WHERE \"user\" = ? COLLATE NOCASE LIMIT 1"),
                              {name});
@@ -50,28 +50,25 @@ LogIn::NameOutcome LogIn::NameStep(const QString& typedName) {
             keys = q.value(2);
         }
     } catch (const StoreError& e) {
-        console_.prompts().message(e.text(), QStringLiteral("Database error"), Icon::Critical);
+        prompts_.message(e.text(), QStringLiteral("Database error"), Icon::Critical);
         return NameOutcome::Failed;
     }
 
     if (!found) {
-        console_.prompts().message(QStringLiteral("User name not found"), QString(),
-                                   Icon::Critical);
+        prompts_.message(QStringLiteral("User name not found"), QString(), Icon::Critical);
         return NameOutcome::NotFound;
     }
 
-    CurrentOperator& op = console_.currentOperator();
-    op.CurrentUserType = columnText(utype);
+    current_.type = columnText(utype);
     heldPassword_ = columnText(keys);
-    op.CurrentUserKey = heldPassword_;
-    op.CurrentUserName = columnText(user);
+    current_.password = heldPassword_;
+    current_.name = columnText(user);
     return NameOutcome::Found;
 }
 
-LogIn::PasswordOutcome LogIn::PasswordStep(const QString& typedPassword) {
-    if (console_.currentOperator().CurrentUserType.trimmed().isEmpty() ||
-        heldPassword_.trimmed().isEmpty()) {
-        console_.prompts().message(
+LogIn::PasswordOutcome LogIn::passwordStep(const QString& typedPassword) {
+    if (current_.type.trimmed().isEmpty() || heldPassword_.trimmed().isEmpty()) {
+        prompts_.message(
             QStringLiteral("System user info incomplete, ask for system administrator help"),
             QString(), Icon::Critical);
         return PasswordOutcome::Incomplete;
@@ -79,26 +76,25 @@ LogIn::PasswordOutcome LogIn::PasswordStep(const QString& typedPassword) {
     // Only the typed side is trimmed: a password stored with spaces around it can never
     // match, as before.
     if (heldPassword_.toUpper() != typedPassword.trimmed().toUpper()) {
-        console_.prompts().message(QStringLiteral("Password not correct"), QString(),
-                                   Icon::Information);
+        prompts_.message(QStringLiteral("Password not correct"), QString(), Icon::Information);
         return PasswordOutcome::Wrong;
     }
     return PasswordOutcome::Correct;
 }
 
-QString SwitchCaption(const QString& name, const QString& type) {
+QString switchCaption(const QString& name, const QString& type) {
     return QLatin1String(CaptionTitle) + QString(CaptionGap, QLatin1Char(' ')) +
            QStringLiteral(" [User : ") + name + QStringLiteral(" Type : ") + type +
            QStringLiteral(" ]");
 }
 
-bool HasAnyAccount(const Database& database) {
+bool hasAnyAccount(const Database& database) {
     DbSession session(database);
     auto q = session.run(QStringLiteral("SELECT 1 FROM sysusers LIMIT 1"));
     return q.next();
 }
 
-FirstAdminOutcome CreateFirstAdmin(const Database& database, const QString& name,
+FirstAdminOutcome createFirstAdmin(const Database& database, const QString& name,
                                    const QString& password, const QString& confirmation) {
     using Problem = FirstAdminOutcome::Problem;
     const QString user = name.trimmed();

@@ -2,8 +2,9 @@
 
 #include <QString>
 
-class Console;
 class Database;
+class Prompts;
+struct CurrentOperator;
 
 // The two steps of the operator log-in, shared by the start-up log-in and the operator
 // switch: first the account name, then its password. The windows only pass on what was
@@ -16,29 +17,31 @@ public:
 
     // Start clears the operator's name and type: nobody is logged in until a password
     // matches. Switch leaves the operator in place until a name is accepted.
-    LogIn(Console& console, Mode mode);
+    LogIn(const Database& database, Prompts& prompts, CurrentOperator& current, Mode mode);
 
     // Looks the account up (letter case ignored). A found account becomes the current
     // operator at once, before any password: in a switch, an abandoned attempt leaves
     // the named account's rights in force, as the console always did.
-    NameOutcome NameStep(const QString& typedName);
+    NameOutcome nameStep(const QString& typedName);
     // Compares the typed password, trimmed, with the accepted account's, ignoring case.
-    PasswordOutcome PasswordStep(const QString& typedPassword);
+    PasswordOutcome passwordStep(const QString& typedPassword);
 
     Mode mode() const { return mode_; }
 
 private:
-    Console& console_;
+    const Database& database_;
+    Prompts& prompts_;
+    CurrentOperator& current_;
     Mode mode_;
     QString heldPassword_;
 };
 
 // The main window's caption after a switch to this operator.
-QString SwitchCaption(const QString& name, const QString& type);
+QString switchCaption(const QString& name, const QString& type);
 
 // False on a fresh database: nobody could log in, so the first administrator must be made.
 // Throws StoreError when the file cannot be read.
-bool HasAnyAccount(const Database& database);
+bool hasAnyAccount(const Database& database);
 
 // The first administrator, made once, before the first log-in.
 struct FirstAdminOutcome {
@@ -58,5 +61,5 @@ struct FirstAdminOutcome {
 };
 // Stores the account as every account is stored: name trimmed, type "Admin", password as
 // typed. Refused when any account exists already, so it can never add a second one.
-FirstAdminOutcome CreateFirstAdmin(const Database& database, const QString& name,
+FirstAdminOutcome createFirstAdmin(const Database& database, const QString& name,
                                    const QString& password, const QString& confirmation);

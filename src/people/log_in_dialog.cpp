@@ -1,6 +1,7 @@
 #include "people/log_in_dialog.h"
 
-#include "server/console.h"
+#include "base/form_host.h"
+#include "console/console.h"
 
 #include <QFocusEvent>
 #include <QFormLayout>
@@ -34,7 +35,8 @@ bool leftWithinWindow(Qt::FocusReason reason) {
 } // namespace
 
 LogInDialog::LogInDialog(Console& console, Mode mode, QWidget* parent)
-    : QDialog(parent), console_(console), mode_(mode), logIn_(console, logicMode(mode)) {
+    : QDialog(parent), console_(console), mode_(mode),
+      logIn_(console.database(), console.prompts(), console.currentOperator(), logicMode(mode)) {
     const bool start = mode_ == Mode::Start;
     setObjectName(start ? QStringLiteral("frmLog") : QStringLiteral("frmLog2"));
     setWindowTitle(start ? QStringLiteral("Tarvo QRB - Operator Log-In")
@@ -102,7 +104,7 @@ bool LogInDialog::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void LogInDialog::nameEntered() {
-    switch (logIn_.NameStep(txtuser_->text())) {
+    switch (logIn_.nameStep(txtuser_->text())) {
     case LogIn::NameOutcome::Found:
         txtuser_->setText(txtuser_->text().toUpper());
         movingFocus_ = true;
@@ -125,7 +127,7 @@ void LogInDialog::nameLeft() {
 }
 
 void LogInDialog::passwordEntered() {
-    switch (logIn_.PasswordStep(txtpass_->text())) {
+    switch (logIn_.passwordStep(txtpass_->text())) {
     case LogIn::PasswordOutcome::Correct:
         break;
     case LogIn::PasswordOutcome::Incomplete:
@@ -141,9 +143,9 @@ void LogInDialog::passwordEntered() {
     if (mode_ == Mode::Start)
         return;
     const CurrentOperator& op = console_.currentOperator();
-    Q_EMIT switched(SwitchCaption(op.CurrentUserName, op.CurrentUserType));
-    ShowConsoleBox(console_.prompts(), QStringLiteral("Message"), QStringLiteral("Switch Log"),
-                   QStringLiteral("Change Log ") + op.CurrentUserName + QStringLiteral(" Done"));
+    Q_EMIT switched(switchCaption(op.name, op.type));
+    showConsoleBox(console_.prompts(), QStringLiteral("Message"), QStringLiteral("Switch Log"),
+                   QStringLiteral("Change Log ") + op.name + QStringLiteral(" Done"));
 }
 
 void LogInDialog::okClicked() {
@@ -152,4 +154,12 @@ void LogInDialog::okClicked() {
         passwordEntered();
     else
         nameEntered();
+}
+
+void openSwitchLog(Console& console, FormHost& host, QWidget* frame) {
+    auto* dialog = new LogInDialog(console, LogInDialog::Mode::Switch, frame);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    QObject::connect(dialog, &LogInDialog::switched, frame,
+                     [frame](const QString& caption) { frame->setWindowTitle(caption); });
+    host.showForm(dialog, true);
 }

@@ -5,6 +5,7 @@
 #include <QDialog>
 
 class Console;
+class FormHost;
 class QLineEdit;
 class QPushButton;
 
@@ -39,3 +40,7 @@ private:
     bool movingFocus_ = false; // the name step moves the focus itself
     bool finished_ = false;
 };
+
+// "Switch User Log Session": the switch dialog over the frame, whose caption follows a
+// successful switch.
+void openSwitchLog(Console& console, FormHost& host, QWidget* frame);

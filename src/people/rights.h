@@ -1,8 +1,7 @@
 #pragma once
 
-#include <QString>
-
-class Console;
+class Prompts;
+struct CurrentOperator;
 
 // The commands only an "Admin" may run, each with its own refusal: the settings menu
 // item refuses without an icon, unlike every other (kept as operators know it).
@@ -17,4 +16,4 @@ enum class AdminCommand {
 
 // True when the current operator is of type "Admin" exactly; otherwise tells the
 // operator the command's refusal and returns false.
-bool AdminOrRefuse(Console& console, AdminCommand command);
+bool adminOrRefuse(const CurrentOperator& current, Prompts& prompts, AdminCommand command);

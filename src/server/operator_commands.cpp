@@ -1,10 +1,15 @@
 #include "server/operator_commands.h"
 
+#include "base/clock.h"
+#include "base/prompts.h"
 #include "base/text.h"
-#include "people/rights.h"
-#include "server/console.h"
-#include "server/protocol.h"
-#include "server/terminal_server.h"
+#include "server/message_log.h"
+#include "server/session_clock.h"
+#include "server/session_log.h"
+#include "server/session_parts.h"
+#include "server/terminal_control.h"
+#include "server/terminal_table.h"
+#include "server/time_limit_slots.h"
 
 namespace {
 using Icon = Prompts::Icon;
@@ -13,165 +18,176 @@ const QString TerminalIsDown = QStringLiteral("Terminal is down");
 
 // Runs a command; a failure abandons it and is told to the operator, as the console's
 // error handler always has.
-template <typename F> void guarded(Console& console, F&& command) {
+template <typename F> void guarded(const SessionParts& parts, F&& command) {
     try {
         command();
     } catch (const StoreError& e) {
-        console.prompts().message(e.text(), QStringLiteral("Database error"), Icon::Critical);
+        parts.prompts.message(e.text(), QStringLiteral("Database error"), Icon::Critical);
     } catch (const TerminalIndexError&) {
         // Not a PC of this console: nothing to act on.
     } catch (const std::exception& e) {
-        console.prompts().message(QString::fromUtf8(e.what()), QString(), Icon::Critical);
+        parts.prompts.message(QString::fromUtf8(e.what()), QString(), Icon::Critical);
     }
 }
 
 // The terminal's socket, or -1 after telling the operator it is down.
-int socketOrRefuse(Console& console, int pc, const QString& text, const QString& title, Icon icon) {
-    const int s = console.server().SocketOfPc(pc);
+int socketOrRefuse(const SessionParts& parts, int pc, const QString& text, const QString& title,
+                   Icon icon) {
+    const int s = parts.control.socketOfPc(pc);
     if (s == -1)
-        console.prompts().message(text, title, icon);
+        parts.prompts.message(text, title, icon);
     return s;
 }
 } // namespace
 
-void PausePc(Console& console, int pc) {
-    guarded(console, [&] {
-        TerminalRecord& r = console.terminals().at(pc);
+void pausePc(const SessionParts& parts, int pc) {
+    guarded(parts, [&] {
+        auto r = parts.table.edit(pc);
         const int s = socketOrRefuse(
-            console, pc, QStringLiteral("Pausing terminal at this moment is not possible"),
-            QString(), Icon::None);
+            parts, pc, QStringLiteral("Pausing terminal at this moment is not possible"), QString(),
+            Icon::None);
         if (s == -1)
             return;
-        // No check that the session runs: a second pause banks the time since the last
-        // resume again, as operators have always seen it do.
-        r.BkTick = TickAdd(r.BkTick, TickSub(console.clock().tickCount(), r.TickStart));
-        console.server().sendOnSocket(s, Msg::PAUS(r.BkTick));
-        r.pcstat = QStringLiteral("PAU");
-        console.sessionLog().UpdateSessionRow(r);
+        bankRunningStretch(*r, parts.clock.tickCount());
+        parts.control.send(s, Msg::pause(r->bankedMs));
+        r->state = TerminalState::Paused;
+        parts.sessionLog.updateSessionRow(*r);
     });
 }
 
-void ResumePc(Console& console, int pc) {
-    guarded(console, [&] {
-        TerminalRecord& r = console.terminals().at(pc);
+void resumePc(const SessionParts& parts, int pc) {
+    guarded(parts, [&] {
+        auto r = parts.table.edit(pc);
         const int s = socketOrRefuse(
-            console, pc, QStringLiteral("Terminal is not on-line or not connected to server"),
+            parts, pc, QStringLiteral("Terminal is not on-line or not connected to server"),
             TerminalIsDown, Icon::None);
         if (s == -1)
             return;
-        r.pcstat = QStringLiteral("LOG");
-        r.TickStart = console.clock().tickCount();
-        console.sessionLog().UpdateSessionRow(r);
-        TerminalServer& server = console.server();
-        server.sendOnSocket(s, Msg::PAUX(r.starttime));
-        server.sendOnSocket(s, Msg::SBTK(r.BkTick));
-        server.sendOnSocket(
-            s, Msg::TLMT(console.board().timeLimit(ActiveTerminalBoard::SlotOfPc(pc))));
+        r->state = TerminalState::Running;
+        r->startTick = parts.clock.tickCount();
+        parts.sessionLog.updateSessionRow(*r);
+        parts.control.send(s, Msg::resume(r->startTime));
+        parts.control.send(s, Msg::bankedTime(r->bankedMs));
+        parts.control.send(s, Msg::timeLimit(parts.timeLimits.limitOfPc(pc)));
     });
 }
 
-void LockPc(Console& console, int pc) {
-    guarded(console, [&] {
-        TerminalRecord& r = console.terminals().at(pc);
+void lockPc(const SessionParts& parts, int pc) {
+    guarded(parts, [&] {
+        auto r = parts.table.edit(pc);
         const int s = socketOrRefuse(
-            console, pc, QStringLiteral("Performing lock on closed terminal is not allowed"),
+            parts, pc, QStringLiteral("Performing lock on closed terminal is not allowed"),
             TerminalIsDown, Icon::Critical);
         if (s == -1)
             return;
-        console.server().sendOnSocket(s, Msg::XFRE());
-        r.pcstat = QStringLiteral("NLG");
+        parts.control.send(s, Msg::lock());
+        r->state = TerminalState::NotLogged;
     });
 }
 
-void UnlockPc(Console& console, int pc) {
-    guarded(console, [&] {
-        if (!AdminOrRefuse(console, AdminCommand::TerminalUnlock))
-            return;
-        TerminalRecord& r = console.terminals().at(pc);
+void unlockPc(const SessionParts& parts, int pc) {
+    guarded(parts, [&] {
+        auto r = parts.table.edit(pc);
         const int s = socketOrRefuse(
-            console, pc, QStringLiteral("Performing unlock on closed terminal is not allowed"),
+            parts, pc, QStringLiteral("Performing unlock on closed terminal is not allowed"),
             TerminalIsDown, Icon::Critical);
         if (s == -1)
             return;
-        console.server().sendOnSocket(s, Msg::FREE());
-        r.pcstat = QStringLiteral("FRE");
+        parts.control.send(s, Msg::unlock());
+        r->state = TerminalState::Free;
     });
 }
 
-void ExtendPCmin(Console& console, int pc, const QString& minutes) {
-    guarded(console, [&] {
-        TerminalRecord& r = console.terminals().at(pc);
+void extendPcMinutes(const SessionParts& parts, int pc, const QString& minutes) {
+    guarded(parts, [&] {
+        auto r = parts.table.edit(pc);
         const int s = socketOrRefuse(
-            console, pc, QStringLiteral("Extending pc minutes on down terminal is not allowed"),
+            parts, pc, QStringLiteral("Extending pc minutes on down terminal is not allowed"),
             TerminalIsDown, Icon::Critical);
         if (s == -1)
             return;
-        if (r.stopwatch == QLatin1String("U")) {
-            console.prompts().message(QStringLiteral("Terminal is set to open hour"));
+        if (r->timeLimit == QLatin1String("U")) {
+            parts.prompts.message(QStringLiteral("Terminal is set to open hour"));
             return;
         }
         // Up long enough to read, short enough not to hold the operator up.
-        ShowConsoleBox(console.prompts(), QStringLiteral("Message"), QStringLiteral("Message"),
+        showConsoleBox(parts.prompts, QStringLiteral("Message"), QStringLiteral("Message"),
                        QStringLiteral("Calculating new time limit"),
                        QStringLiteral("Extend time to ") + minutes, 3000, 250);
 
-        const QString limit = QString::number(Val(minutes) + Val(r.stopwatch), 'g', 15);
-        r.stopwatch = limit;
-        console.sessionLog().UpdateSessionRow(r);
-        console.board().setTimeLimit(ActiveTerminalBoard::SlotOfPc(pc), limit);
-        console.server().sendOnSocket(s, Msg::TLMT(limit));
+        const QString limit =
+            QString::number(leadingNumber(minutes) + leadingNumber(r->timeLimit), 'g', 15);
+        r->timeLimit = limit;
+        parts.sessionLog.updateSessionRow(*r);
+        parts.timeLimits.setLimitOfPc(pc, limit);
+        parts.control.send(s, Msg::timeLimit(limit));
     });
 }
 
-void MaintainPc(Console& console, int pc, const QString& kind) {
-    guarded(console, [&] {
-        const TerminalRecord& r = console.terminals().at(pc);
-        if (QStringLiteral("LOG;PAU;BIL").contains(r.pcstat)) {
-            console.LogMessage(QStringLiteral("Terminal ") + QString::number(pc) +
-                               QStringLiteral(" with pending trans.<denied>.."));
+QString maintenanceWord(Maintenance kind) {
+    switch (kind) {
+    case Maintenance::LogOff:
+        return QStringLiteral("LogOff");
+    case Maintenance::Reboot:
+        return QStringLiteral("Reboot");
+    case Maintenance::ShutDown:
+        break;
+    }
+    return QStringLiteral("ShutDown");
+}
+
+void maintainPc(const SessionParts& parts, int pc, Maintenance kind) {
+    guarded(parts, [&] {
+        if (parts.table.at(pc).hasPendingTransaction()) {
+            parts.messageLog.logMessage(QStringLiteral("Terminal ") + QString::number(pc) +
+                                        QStringLiteral(" with pending trans.<denied>.."));
             return;
         }
-        const int s = console.server().SocketOfPc(pc);
+        const int s = parts.control.socketOfPc(pc);
         if (s == -1)
             return;
-        if (kind == QLatin1String("LogOff"))
-            console.server().sendOnSocket(s, Msg::LGOF());
-        else if (kind == QLatin1String("Reboot"))
-            console.server().sendOnSocket(s, Msg::RSTR());
-        else if (kind == QLatin1String("ShutDown"))
-            console.server().sendOnSocket(s, Msg::PTAY());
+        switch (kind) {
+        case Maintenance::LogOff:
+            parts.control.send(s, Msg::logOff());
+            break;
+        case Maintenance::Reboot:
+            parts.control.send(s, Msg::restart());
+            break;
+        case Maintenance::ShutDown:
+            parts.control.send(s, Msg::shutDown());
+            break;
+        }
     });
 }
 
-void MaintainAll(Console& console, const QString& kind, bool ask) {
-    if (ask && console.prompts().ask(QStringLiteral("Do you really wish to perform a ") + kind +
-                                         QStringLiteral(" routine to all terminals."),
-                                     QString(), Prompts::Buttons::YesNo,
-                                     Icon::Exclamation) != Prompts::Answer::Yes)
+void maintainAll(const SessionParts& parts, Maintenance kind, bool ask) {
+    const QString word = maintenanceWord(kind);
+    if (ask && parts.prompts.ask(QStringLiteral("Do you really wish to perform a ") + word +
+                                     QStringLiteral(" routine to all terminals."),
+                                 QString(), Prompts::Buttons::YesNo,
+                                 Icon::Exclamation) != Prompts::Answer::Yes)
         return;
-    console.LogMessage(QStringLiteral("Sending Signal '") + kind +
-                       QStringLiteral("' to all terminal"));
-    for (int p = 1; p <= console.terminals().count(); ++p)
-        MaintainPc(console, p, kind);
+    parts.messageLog.logMessage(QStringLiteral("Sending Signal '") + word +
+                                QStringLiteral("' to all terminal"));
+    for (int p = 1; p <= parts.table.count(); ++p)
+        maintainPc(parts, p, kind);
 }
 
-bool MayAssignPc(Console& console, int pc) {
-    if (!console.terminals().contains(pc))
+bool mayAssignPc(const SessionParts& parts, int pc) {
+    if (!parts.table.contains(pc))
         return false;
-    if (console.terminals().at(pc).logged) {
-        console.prompts().message(QStringLiteral("This pc is already logged."),
-                                  QStringLiteral("Not allowed"), Icon::Information);
+    if (parts.table.at(pc).logged) {
+        parts.prompts.message(QStringLiteral("This pc is already logged."),
+                              QStringLiteral("Not allowed"), Icon::Information);
         return false;
     }
     return true;
 }
 
-int PeekSocketOfPc(Console& console, int pc) {
-    if (!AdminOrRefuse(console, AdminCommand::TerminalPeek))
-        return -1;
+int socketForPeek(const SessionParts& parts, int pc) {
     int s = -1;
-    guarded(console, [&] {
-        s = socketOrRefuse(console, pc,
+    guarded(parts, [&] {
+        s = socketOrRefuse(parts, pc,
                            QStringLiteral("Performing peek on terminal is currently not available"),
                            TerminalIsDown, Icon::Critical);
     });

@@ -1,7 +1,5 @@
 #include "server/session_log.h"
 
-#include <QSqlRecord>
-
 namespace {
 // COLLATE NOCASE in the statement, not only on the column: a file made by another tool
 // declares plain TEXT columns, and the ids must still match in any letter case.
@@ -10,34 +8,34 @@ const QString openToday =
                    "CID = ? COLLATE NOCASE AND StartTime = ? COLLATE NOCASE");
 } // namespace
 
-void SessionLog::InsertSessionRow(const TerminalRecord& r) {
+void SessionLog::insertSessionRow(const TerminalRecord& r) {
     DbSession s(db_);
     s.run(QStringLiteral("INSERT INTO templog (CID, StartTime, aindex, isout, cdtls, datelog, "
                          "TickStart, BkTick, pcstat, stopwatch) VALUES (?, ?, ?, ?, ?, ?, ?, ?, "
                          "?, ?)"),
-          {r.cid, r.starttime, int(r.pcno), yesNo(false), r.cdtls, clock_.today(), r.TickStart,
-           r.BkTick, r.pcstat, r.stopwatch});
+          {r.cid, r.startTime, int(r.pcNumber), yesNo(false), r.customerLabel, clock_.today(),
+           r.startTick, r.bankedMs, r.stateCode(), r.timeLimit});
 }
 
-bool SessionLog::UpdateSessionRow(const TerminalRecord& r) {
+bool SessionLog::updateSessionRow(const TerminalRecord& r) {
     DbSession s(db_);
     // Only the first matching row, as the record-set edit did.
     auto q = s.run(QStringLiteral("UPDATE templog SET BkTick = ?, pcstat = ?, stopwatch = ? "
                                   "WHERE rowid = (SELECT rowid ") +
                        openToday + QStringLiteral(" ORDER BY rowid LIMIT 1)"),
-                   {r.BkTick, r.pcstat, r.stopwatch, clock_.today(), r.cid, r.starttime});
+                   {r.bankedMs, r.stateCode(), r.timeLimit, clock_.today(), r.cid, r.startTime});
     return q.numRowsAffected() > 0;
 }
 
-bool SessionLog::MarkSessionOut(const QString& cid, const QString& starttime) {
+bool SessionLog::markSessionOut(const QString& cid, const QString& startTime) {
     DbSession s(db_);
     auto q = s.run(QStringLiteral("UPDATE templog SET isout = ? WHERE rowid = (SELECT rowid ") +
                        openToday + QStringLiteral(" ORDER BY rowid LIMIT 1)"),
-                   {yesNo(true), clock_.today(), cid, starttime});
+                   {yesNo(true), clock_.today(), cid, startTime});
     return q.numRowsAffected() > 0;
 }
 
-SessionLog::Restored SessionLog::RestoreSessions(TerminalTable& table) {
+SessionLog::Restored SessionLog::restoreSessions(TerminalTable& table) {
     Restored result;
     DbSession s(db_);
     auto q = s.run(QStringLiteral("SELECT CID, StartTime, aindex, cdtls, TickStart, BkTick, "
@@ -49,25 +47,25 @@ SessionLog::Restored SessionLog::RestoreSessions(TerminalTable& table) {
         bool ok = false;
         const int p = aindex.toInt(&ok);
         if (!ok || !table.contains(p)) {
-            result.problems << QStringLiteral("Session of %1 started %2 names PC %3, which this "
-                                              "console does not have (1 to %4); it was not "
+            result.problems << QStringLiteral("The session of %1 started at %2 names PC %3, which "
+                                              "this console does not have (1 to %4); it was not "
                                               "restored.")
                                    .arg(q.value(0).toString(), q.value(1).toString(),
                                         aindex.toString())
                                    .arg(table.count());
             continue;
         }
-        TerminalRecord& r = table.at(p);
-        r.cid = q.value(0).toString();
-        r.logged = true;
-        r.cdtls = q.value(3).toString();
-        r.starttime = q.value(1).toString();
-        r.pcno = quint8(p);
-        r.auxflag = false;
-        r.stopwatch = q.value(7).isNull() ? QStringLiteral("0") : q.value(7).toString();
-        r.TickStart = q.value(4).isNull() ? 0 : q.value(4).toInt();
-        r.BkTick = q.value(5).isNull() ? 0 : q.value(5).toInt();
-        r.pcstat = q.value(6).isNull() ? QStringLiteral("LOG") : q.value(6).toString();
+        auto r = table.edit(p);
+        r->cid = q.value(0).toString();
+        r->logged = true;
+        r->customerLabel = q.value(3).toString();
+        r->startTime = q.value(1).toString();
+        r->pcNumber = quint8(p);
+        r->auxFlag = false;
+        r->timeLimit = q.value(7).isNull() ? QStringLiteral("0") : q.value(7).toString();
+        r->startTick = q.value(4).isNull() ? 0 : q.value(4).toInt();
+        r->bankedMs = q.value(5).isNull() ? 0 : q.value(5).toInt();
+        r->setStateCode(q.value(6).isNull() ? QStringLiteral("LOG") : q.value(6).toString());
         ++result.count;
     }
     return result;

@@ -13,12 +13,12 @@ public:
     SessionLog(const Database& database, const Clock& clock) : db_(database), clock_(clock) {}
 
     // Adds the row of the session now held in the record.
-    void InsertSessionRow(const TerminalRecord& record);
-    // Saves the record's BkTick, pcstat and stopwatch into its session row (found by
-    // today's date, cid and starttime among open rows). False when no such row exists.
-    bool UpdateSessionRow(const TerminalRecord& record);
+    void insertSessionRow(const TerminalRecord& record);
+    // Saves the record's banked time, state and time limit into its session row (found
+    // by today's date, cid and start time among open rows). False when there is none.
+    bool updateSessionRow(const TerminalRecord& record);
     // Marks the session's row out (closed and billed).
-    bool MarkSessionOut(const QString& cid, const QString& starttime);
+    bool markSessionOut(const QString& cid, const QString& startTime);
 
     struct Restored {
         int count = 0;        // rows put back into the table
@@ -26,7 +26,7 @@ public:
     };
     // Puts today's open rows back into the table; the later of two rows for one PC
     // wins. A session left open on an earlier day is not restored.
-    Restored RestoreSessions(TerminalTable& table);
+    Restored restoreSessions(TerminalTable& table);
 
 private:
     const Database& db_;

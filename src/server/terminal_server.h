@@ -1,69 +1,62 @@
 #pragma once
 
+#include "protocol/protocol.h"
+
 #include <QByteArray>
-#include <QFile>
-#include <QHostAddress>
 #include <QObject>
 #include <QString>
-#include <QStringList>
 #include <QTcpServer>
 
-#include <memory>
+#include <array>
+#include <functional>
 #include <vector>
 
-class Console;
+class MessageLog;
 class QTcpSocket;
+class StatusPanels;
 
-// The console's side of the terminal connections: the listening socket, the socket
-// array SkServer (element 0 listens; 1, 2, 3, ... one per accepted connection, never
-// reused), the registry SrvIPTable, and the dispatch of every message a terminal sends.
+// The sockets of the terminal connections: the listening one and the array SkServer
+// (element 0 listens; 1, 2, 3, ... one per accepted connection, never reused). Each
+// data arrival is one message, handed to the handler of its word; what matches no word
+// goes to the piece handler (a snapshot's further pieces). Replies leave at once.
 class TerminalServer : public QObject {
     Q_OBJECT
 public:
     static constexpr quint16 DefaultPort = 1066;
     static constexpr qint16 MostSockets = 32767;
+    using Handler = std::function<void(int socket, const QByteArray& message)>;
 
-    explicit TerminalServer(Console& console);
+    TerminalServer(MessageLog& log, StatusPanels& panels);
     ~TerminalServer() override;
 
-    // (Re)starts listening on the port (0 picks a free one) and shows the local address
-    // in status panel 7. False, with the reason in the message log, when it cannot.
-    bool StartListening(quint16 port);
-    quint16 port() const;
+    // (Re)starts listening on the port (0 picks a free one) and shows the local address.
+    // False, with the reason in the message log, when it cannot.
+    bool startListening(quint16 port);
+    bool isListening() const { return listener_.isListening(); }
+    quint16 port() const { return listener_.serverPort(); }
     QString listenError() const { return listener_.errorString(); }
     QString localAddress() const { return localAddress_; }
-    // Every known terminal off line, as at every start.
-    void markAllOffline();
 
-    // Registry.
-    void RegisterTerminal(const QString& message, const QString& address, int socketIndex);
-    int PcOfAddress(const QString& address) const; // 0 when unknown
-    int SocketOfPc(int pc) const;                  // -1 when it has no identified connection
-    bool SendToPc(int pc, const QByteArray& message);
-    // Sends on element `index`; false when it has no open connection.
-    bool sendOnSocket(int index, const QByteArray& message);
-    void OnSocketGone(int index);
+    void setHandler(Protocol::TerminalWord word, Handler handler);
+    void setPieceHandler(Handler handler) { pieceHandler_ = std::move(handler); }
+    // Handles one message as if it had arrived on `socket`. A failure inside a handler
+    // ends the handling of that message; a database failure is logged.
+    void handleMessage(int socket, const QByteArray& message);
+
+    // Sends on element `socket`; false when it has no open connection.
+    bool send(int socket, const QByteArray& message);
+    QString peerAddress(int socket) const;
+    QString peerName(int socket) const;
 
     // The number of elements in SkServer, the listening one included.
     int socketCount() const { return int(slots_.size()); }
     qint16 socketCounter() const { return counter_; }
-    QString peerAddressOf(int index) const;
-    QString peerNameOf(int index) const;
-
-    // Handles one received message as if it came on element `index`.
-    void handleMessage(int index, const QByteArray& message);
-
     // A console that has run long enough to use up its slots; for tests of that limit.
     void setSocketCounter(qint16 counter);
 
 Q_SIGNALS:
-    // "Loa": a terminal asks for the log-on dialog.
-    void logOnDialogRequested();
-    // "APL": the processes a terminal reported.
-    void processesReceived(const QStringList& processes);
-    // Screen snapshot progress ("Receiving bytes... 8192 Bytes", "Done.!").
-    void snapshotProgress(const QString& text);
-    void snapshotReceived(const QString& path, const QString& title);
+    // A connection closed or failed; its element stays, unused.
+    void connectionLost(int socket, const QString& address);
 
 private:
     struct Slot {
@@ -72,20 +65,18 @@ private:
         QString peerName;
     };
 
+    // The slot of an accepted connection; null for 0 and for an index never given out.
+    Slot* slotAt(int socket);
+    const Slot* slotAt(int socket) const;
     void onNewConnection();
-    void onSocketData(int index);
-    void dispatch(int index, const QByteArray& message);
-    void onLog(int index, const QString& payload);
-    void onCheckMember(int index, const QString& payload);
-    void onIdentify(int index, const QByteArray& message);
-    void onSnapshotPiece(int index, const QByteArray& piece, bool first);
-    void finishSnapshot(int index);
+    void onSocketGone(int socket);
 
-    Console& console_;
+    MessageLog& log_;
+    StatusPanels& panels_;
     QTcpServer listener_;
     std::vector<Slot> slots_; // [0] stands for the listening socket
     qint16 counter_ = 0;
     QString localAddress_;
-    std::unique_ptr<QFile> snapshot_;
-    int snapshotPieces_ = 0;
+    std::array<Handler, 10> handlers_;
+    Handler pieceHandler_;
 };

@@ -3,7 +3,7 @@
 #include <QFile>
 #include <QTextStream>
 
-QString ProductList::ListText(const AppFolder& folder) {
+QString ProductList::listText(const AppFolder& folder) {
     QFile file(folder.file(QString::fromLatin1(FileName)));
     if (!file.exists() || !file.open(QIODevice::ReadOnly | QIODevice::Text))
         return QStringLiteral("None @ 0.00;End");

@@ -9,5 +9,5 @@ namespace ProductList {
 inline constexpr auto FileName = "Products.LST";
 // The list as the "RAVP " message carries it: every line followed by ";", then "End";
 // "None @ 0.00;End" when the file is missing.
-QString ListText(const AppFolder& folder);
+QString listText(const AppFolder& folder);
 } // namespace ProductList

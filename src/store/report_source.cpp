@@ -8,19 +8,19 @@
 #include <QSettings>
 #include <QTextStream>
 
-QString ReportSource::SetReportConnection(const AppFolder& folder) {
+QString ReportSource::setReportConnection(const AppFolder& folder) {
     return QStringLiteral("DSN=MS Access Database;DBQ=TarvoQRBDB.MDB;DefaultDir=") +
            QDir::toNativeSeparators(folder.path()) +
            QStringLiteral(";DriverId=25;FIL=MS Access;MaxBufferSize=2048;PageTimeout=5;"
                           "PWD=TKvelm7342;UID=admin;");
 }
 
-QString ReportSource::DefaultIniPath() {
+QString ReportSource::defaultIniPath() {
     const QString env = qEnvironmentVariable("ODBCINI");
     return env.isEmpty() ? QDir::homePath() + QStringLiteral("/.odbc.ini") : env;
 }
 
-bool ReportSource::RegisterReportDataSource(const AppFolder& folder, const QString& iniPath,
+bool ReportSource::registerReportDataSource(const AppFolder& folder, const QString& iniPath,
                                             QString* error) {
 #ifdef Q_OS_WIN
     Q_UNUSED(iniPath);

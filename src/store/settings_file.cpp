@@ -7,7 +7,7 @@
 
 #include <cmath>
 
-int SettingsFile::LoadNofpc(const AppFolder& folder) {
+int SettingsFile::loadNofpc(const AppFolder& folder) {
     const QString path = folder.file(QString::fromLatin1(FileName));
     QFile file(path);
     if (!file.exists()) {
@@ -34,7 +34,7 @@ int SettingsFile::LoadNofpc(const AppFolder& folder) {
         // The key must stand after at least one character: the value comes first.
         const qsizetype at = line.indexOf(QLatin1String("=NOFPC"));
         if (at >= 1)
-            value = Val(line.left(at));
+            value = leadingNumber(line.left(at));
     }
     const double rounded = std::nearbyint(value);
     if (rounded < 0 || rounded > MostTerminals)

@@ -18,5 +18,5 @@ inline constexpr int MostTerminals = 254;
 // The number of terminals. A missing file is created with its three lines first; a
 // file with no "=NOFPC" line gives 24. A number the console cannot serve (over 254, or
 // negative) is a SettingsError.
-int LoadNofpc(const AppFolder& folder);
+int loadNofpc(const AppFolder& folder);
 } // namespace SettingsFile

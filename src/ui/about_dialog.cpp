@@ -1,5 +1,8 @@
 #include "ui/about_dialog.h"
 
+#include "base/form_host.h"
+#include "console/console.h"
+
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -27,7 +30,7 @@ AboutDialog::AboutDialog(const QString& dataFolder, QWidget* parent) : QDialog(p
                    this);
     purpose->setWordWrap(true);
 
-    auto* system = new QPlainTextEdit(SystemInformation(dataFolder), this);
+    auto* system = new QPlainTextEdit(systemInformation(dataFolder), this);
     system->setObjectName(QStringLiteral("txtSysInfo"));
     system->setReadOnly(true);
     system->setMinimumSize(420, 150);
@@ -45,7 +48,7 @@ AboutDialog::AboutDialog(const QString& dataFolder, QWidget* parent) : QDialog(p
     layout->addWidget(buttons);
 }
 
-QString AboutDialog::SystemInformation(const QString& dataFolder) {
+QString AboutDialog::systemInformation(const QString& dataFolder) {
     const QStringList lines = {
         QStringLiteral("Operating system: ") + QSysInfo::prettyProductName(),
         QStringLiteral("Kernel: ") + QSysInfo::kernelType() + QLatin1Char(' ') +
@@ -56,4 +59,10 @@ QString AboutDialog::SystemInformation(const QString& dataFolder) {
         QStringLiteral("Data folder: ") + dataFolder,
     };
     return lines.join(QLatin1Char('\n'));
+}
+
+void openAbout(Console& console, FormHost& host) {
+    auto* about = new AboutDialog(console.folder().path());
+    about->setAttribute(Qt::WA_DeleteOnClose);
+    host.showForm(about, true);
 }

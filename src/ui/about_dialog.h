@@ -2,6 +2,9 @@
 
 #include <QDialog>
 
+class Console;
+class FormHost;
+
 // "What is Tarvo?": the program, its version, and the machine it runs on.
 class AboutDialog : public QDialog {
     Q_OBJECT
@@ -9,5 +12,7 @@ public:
     explicit AboutDialog(const QString& dataFolder, QWidget* parent = nullptr);
 
     // The machine's system information as "name: value" lines.
-    static QString SystemInformation(const QString& dataFolder);
+    static QString systemInformation(const QString& dataFolder);
 };
+
+void openAbout(Console& console, FormHost& host);

@@ -50,90 +50,90 @@ ConsoleBoxDialog::ConsoleBoxDialog(Clock& clock, QWidget* parent) : QDialog(pare
     setWindowTitle(QStringLiteral("Tarvo QRB"));
     setMinimumWidth(320);
 
-    message_ = new QLabel(this);
-    message_->setObjectName(QStringLiteral("lblMessage"));
-    message_->setWordWrap(true);
-    message_->setTextFormat(Qt::PlainText);
-    extra_ = new QLabel(this);
-    extra_->setObjectName(QStringLiteral("lblExtra"));
-    extra_->setWordWrap(true);
-    extra_->setTextFormat(Qt::PlainText);
-    extra_->hide();
+    messageLabel_ = new QLabel(this);
+    messageLabel_->setObjectName(QStringLiteral("lblMessage"));
+    messageLabel_->setWordWrap(true);
+    messageLabel_->setTextFormat(Qt::PlainText);
+    extraLabel_ = new QLabel(this);
+    extraLabel_->setObjectName(QStringLiteral("lblExtra"));
+    extraLabel_->setWordWrap(true);
+    extraLabel_->setTextFormat(Qt::PlainText);
+    extraLabel_->hide();
 
-    txtInput_ = new QLineEdit(this);
-    txtInput_->setObjectName(QStringLiteral("txtInput"));
-    txtInput_->setMaxLength(255);
+    input_ = new QLineEdit(this);
+    input_->setObjectName(QStringLiteral("txtInput"));
+    input_->setMaxLength(255);
 
-    Label1_ = new QPushButton(QStringLiteral("OK"), this);
-    Label1_->setObjectName(QStringLiteral("Label1"));
-    Label1_->setFlat(true);
-    Label1_->setAutoDefault(false);
-    Label1_->setMinimumWidth(80);
-    QFont bold = Label1_->font();
+    okButton_ = new QPushButton(QStringLiteral("OK"), this);
+    okButton_->setObjectName(QStringLiteral("Label1"));
+    okButton_->setFlat(true);
+    okButton_->setAutoDefault(false);
+    okButton_->setMinimumWidth(80);
+    QFont bold = okButton_->font();
     bold.setBold(true);
-    Label1_->setFont(bold);
+    okButton_->setFont(bold);
 
-    imgcancel_ = new QLabel(this);
-    imgcancel_->setObjectName(QStringLiteral("imgcancel"));
-    imgcancel_->setPixmap(style()->standardIcon(QStyle::SP_DialogCancelButton).pixmap(16, 16));
-    imgcancel_->setCursor(Qt::PointingHandCursor);
-    imgcancel_->installEventFilter(this);
-    lblCancel_ = new QPushButton(QStringLiteral("Cancel"), this);
-    lblCancel_->setObjectName(QStringLiteral("lblCancel"));
-    lblCancel_->setFlat(true);
-    lblCancel_->setAutoDefault(false);
-    lblCancel_->setFocusPolicy(Qt::NoFocus);
+    cancelPicture_ = new QLabel(this);
+    cancelPicture_->setObjectName(QStringLiteral("imgcancel"));
+    cancelPicture_->setPixmap(style()->standardIcon(QStyle::SP_DialogCancelButton).pixmap(16, 16));
+    cancelPicture_->setCursor(Qt::PointingHandCursor);
+    cancelPicture_->installEventFilter(this);
+    cancelButton_ = new QPushButton(QStringLiteral("Cancel"), this);
+    cancelButton_->setObjectName(QStringLiteral("lblCancel"));
+    cancelButton_->setFlat(true);
+    cancelButton_->setAutoDefault(false);
+    cancelButton_->setFocusPolicy(Qt::NoFocus);
 
-    Timer1_ = new QTimer(this);
-    Timer1_->setObjectName(QStringLiteral("Timer1"));
-    Timer1_->setSingleShot(true);
-    Timer2_ = new QTimer(this);
-    Timer2_->setObjectName(QStringLiteral("Timer2"));
-    Timer2_->setInterval(DefaultCountdownMs);
+    closeTimer_ = new QTimer(this);
+    closeTimer_->setObjectName(QStringLiteral("Timer1"));
+    closeTimer_->setSingleShot(true);
+    countdownTimer_ = new QTimer(this);
+    countdownTimer_->setObjectName(QStringLiteral("Timer2"));
+    countdownTimer_->setInterval(DefaultCountdownMs);
 
     auto* buttons = new QHBoxLayout;
-    buttons->addWidget(imgcancel_);
-    buttons->addWidget(lblCancel_);
+    buttons->addWidget(cancelPicture_);
+    buttons->addWidget(cancelButton_);
     buttons->addStretch();
-    buttons->addWidget(Label1_);
+    buttons->addWidget(okButton_);
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(message_);
-    layout->addWidget(extra_);
-    layout->addWidget(txtInput_);
+    layout->addWidget(messageLabel_);
+    layout->addWidget(extraLabel_);
+    layout->addWidget(input_);
     layout->addLayout(buttons);
 
-    connect(Label1_, &QPushButton::clicked, this, &QDialog::accept);
-    connect(txtInput_, &QLineEdit::returnPressed, this, &QDialog::accept);
-    connect(lblCancel_, &QPushButton::clicked, this, &QDialog::reject);
-    connect(Timer1_, &QTimer::timeout, this, &QDialog::accept);
-    connect(Timer2_, &QTimer::timeout, this, &ConsoleBoxDialog::refreshCountdown);
+    connect(okButton_, &QPushButton::clicked, this, &QDialog::accept);
+    connect(input_, &QLineEdit::returnPressed, this, &QDialog::accept);
+    connect(cancelButton_, &QPushButton::clicked, this, &QDialog::reject);
+    connect(closeTimer_, &QTimer::timeout, this, &QDialog::accept);
+    connect(countdownTimer_, &QTimer::timeout, this, &ConsoleBoxDialog::refreshCountdown);
 }
 
 void ConsoleBoxDialog::setBox(const Prompts::ConsoleBox& box) {
     if (!box.title.isEmpty())
         setWindowTitle(box.title);
     if (!box.text.isEmpty())
-        message_->setText(box.text);
+        messageLabel_->setText(box.text);
     if (!box.extra.isEmpty()) {
-        extra_->setText(box.extra);
-        extra_->show();
+        extraLabel_->setText(box.extra);
+        extraLabel_->show();
     }
-    Timer1_->setInterval(qMax(0, box.closeAfterMs));
+    closeTimer_->setInterval(qMax(0, box.closeAfterMs));
     if (box.countdownMs > 0)
-        Timer2_->setInterval(box.countdownMs);
+        countdownTimer_->setInterval(box.countdownMs);
     mode_ = box.mode;
 
-    QStyle* oldMask = txtInput_->findChild<QStyle*>(QStringLiteral("mask"));
-    txtInput_->setStyle(nullptr);
+    QStyle* oldMask = input_->findChild<QStyle*>(QStringLiteral("mask"));
+    input_->setStyle(nullptr);
     delete oldMask;
     if (box.passwordChar.isNull()) {
-        txtInput_->setEchoMode(QLineEdit::Normal);
+        input_->setEchoMode(QLineEdit::Normal);
     } else {
         auto* mask = new MaskStyle(box.passwordChar);
         mask->setObjectName(QStringLiteral("mask"));
-        mask->setParent(txtInput_);
-        txtInput_->setStyle(mask);
-        txtInput_->setEchoMode(QLineEdit::Password);
+        mask->setParent(input_);
+        input_->setStyle(mask);
+        input_->setEchoMode(QLineEdit::Password);
     }
     // A box already on screen is opened again with what it now says.
     if (isVisible())
@@ -152,41 +152,41 @@ void ConsoleBoxDialog::showEvent(QShowEvent* event) {
 
 void ConsoleBoxDialog::opening() {
     const bool message = mode_ == MessageMode;
-    txtInput_->clear();
-    txtInput_->setVisible(!message);
-    imgcancel_->setVisible(!message);
-    lblCancel_->setVisible(!message);
+    input_->clear();
+    input_->setVisible(!message);
+    cancelPicture_->setVisible(!message);
+    cancelButton_->setVisible(!message);
     result_.clear();
     openedAt_ = clock_.tickCount();
-    Label1_->setText(QStringLiteral("OK"));
-    Timer1_->stop();
-    Timer2_->stop();
+    okButton_->setText(QStringLiteral("OK"));
+    closeTimer_->stop();
+    countdownTimer_->stop();
     if (message) {
-        Label1_->setDefault(true);
-        Label1_->setFocus();
-        if (Timer1_->interval() > 0) {
-            Timer1_->start();
-            Timer2_->start();
+        okButton_->setDefault(true);
+        okButton_->setFocus();
+        if (closeTimer_->interval() > 0) {
+            closeTimer_->start();
+            countdownTimer_->start();
             refreshCountdown();
         }
     } else {
         // Enter belongs to the input box; the OK label must not answer it a second time.
-        Label1_->setDefault(false);
-        txtInput_->setFocus();
+        okButton_->setDefault(false);
+        input_->setFocus();
     }
 }
 
 void ConsoleBoxDialog::refreshCountdown() {
-    if (mode_ != MessageMode || !Timer1_->isActive())
+    if (mode_ != MessageMode || !closeTimer_->isActive())
         return;
     const qint32 elapsed = qint32(quint32(clock_.tickCount()) - quint32(openedAt_));
-    Label1_->setText(QStringLiteral("OK(") +
-                     QString::number(SecondsLeft(Timer1_->interval(), elapsed)) +
-                     QStringLiteral(")"));
+    okButton_->setText(QStringLiteral("OK(") +
+                       QString::number(SecondsLeft(closeTimer_->interval(), elapsed)) +
+                       QStringLiteral(")"));
 }
 
 bool ConsoleBoxDialog::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == imgcancel_ && event->type() == QEvent::MouseButtonRelease &&
+    if (watched == cancelPicture_ && event->type() == QEvent::MouseButtonRelease &&
         static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
         reject();
         return true;
@@ -195,9 +195,9 @@ bool ConsoleBoxDialog::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void ConsoleBoxDialog::done(int r) {
-    Timer1_->stop();
-    Timer2_->stop();
+    closeTimer_->stop();
+    countdownTimer_->stop();
     // Cancelling leaves no answer, so a caller treats it like an empty input.
-    result_ = (r == Accepted && mode_ != MessageMode) ? txtInput_->text() : QString();
+    result_ = (r == Accepted && mode_ != MessageMode) ? input_->text() : QString();
     QDialog::done(r);
 }

@@ -3,8 +3,7 @@
 // console must still hold only its own PCs, and no session row may name another PC.
 #include "base/clock.h"
 #include "base/prompts.h"
-#include "server/console.h"
-#include "server/terminal_server.h"
+#include "console/console.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -58,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (table.count() != console.nofpc())
         std::abort();
     for (int p = 1; p <= table.count(); ++p)
-        if (table.at(p).pcno != p)
+        if (table.at(p).pcNumber != p)
             std::abort();
     {
         DbSession s(console.database());
@@ -70,6 +69,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     // Every PC busy: start over so that the session paths stay reachable.
     if (table.loggedCount() == table.count())
-        table.InitTerminalTable(table.count());
+        table.init(table.count());
     return 0;
 }

@@ -1,7 +1,5 @@
 #include "support/console_fixture.h"
 
-#include "server/terminal_server.h"
-
 #include <QFile>
 
 void ConsoleFixture::writeSettings(const QByteArray& content) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/clock.h"
-#include "server/console.h"
+#include "console/console.h"
 #include "support/recording_prompts.h"
 
 #include <QTemporaryDir>

@@ -1,6 +1,7 @@
 #include "terminal_client.h"
 
-#include "server/protocol.h"
+#include "protocol/protocol.h"
+#include "protocol/splitter.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -25,174 +26,6 @@
 #include <unistd.h>
 
 namespace {
-
-// How the rest of a console message after its command word is shaped.
-enum class Form {
-    Fixed, // the word is the whole message
-    Time,  // word, blank, "HH:MM:SS"
-    Pause, // "PAUS" alone, or "PAUS " and digits
-    Bank,  // "SBTK @" and digits
-    List,  // "RAVP " and items each ended by ";", then "End"
-    Free,  // word, blank, free text up to the next message
-};
-
-struct Word {
-    QByteArray text;
-    Form form;
-};
-
-// A tail left waiting for more data never grows past this; it then goes out as it is.
-constexpr qsizetype MostPending = 1 << 20;
-
-const std::vector<Word>& words() {
-    static const std::vector<Word> list = [] {
-        std::vector<Word> w;
-        for (const QString& s : Msg::ConsoleWords()) {
-            const QByteArray b = s.toLatin1();
-            Form f = Form::Fixed;
-            if (b == "SMTR" || b == "PAUX")
-                f = Form::Time;
-            else if (b == "PAUS")
-                f = Form::Pause;
-            else if (b == "SBTK")
-                f = Form::Bank;
-            else if (b == "RAVP")
-                f = Form::List;
-            else if (b == "TLMT" || b == "WARN" || b == "TEXT" || b == "KLPR" || b == "FREE" ||
-                     b == "XFRE" || b == "SRPH")
-                f = Form::Free;
-            w.push_back({b, f});
-        }
-        return w;
-    }();
-    return list;
-}
-
-QByteArrayView rest(const QByteArray& buf, qsizetype pos) {
-    return QByteArrayView(buf).sliced(pos);
-}
-
-// The command word that starts at pos, whole; nullptr when none does.
-const Word* wordAt(const QByteArray& buf, qsizetype pos) {
-    if (pos >= buf.size())
-        return nullptr;
-    const QByteArrayView tail = rest(buf, pos);
-    for (const Word& w : words())
-        if (tail.startsWith(w.text))
-            return &w;
-    return nullptr;
-}
-
-// The bytes from pos to the end are the start of some command word.
-bool beginsWord(const QByteArray& buf, qsizetype pos) {
-    const QByteArrayView tail = rest(buf, pos);
-    for (const Word& w : words())
-        if (tail.size() < w.text.size() && QByteArrayView(w.text).startsWith(tail))
-            return true;
-    return false;
-}
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-// Length of the run of digits (one leading minus allowed) that starts at pos.
-qsizetype digitsAt(const QByteArray& buf, qsizetype pos) {
-    qsizetype i = pos;
-    if (i < buf.size() && buf[i] == '-')
-        ++i;
-    const qsizetype first = i;
-    while (i < buf.size() && isDigit(buf[i]))
-        ++i;
-    return i == first ? 0 : i - pos;
-}
-
-// A console message can begin at pos: a command word followed by what that word is
-// always followed by. This is what ends a free text, so a word that merely occurs in
-// a sentence ("please PAUSE") does not cut it.
-bool plausibleStart(const QByteArray& buf, qsizetype pos) {
-    const Word* w = wordAt(buf, pos);
-    if (!w)
-        return false;
-    const qsizetype after = pos + w->text.size();
-    const bool end = after >= buf.size();
-    switch (w->form) {
-    case Form::Fixed:
-        return true;
-    case Form::Pause:
-        return end || wordAt(buf, after) ||
-               (buf[after] == ' ' && (after + 1 == buf.size() || digitsAt(buf, after + 1) > 0));
-    case Form::Bank:
-        return rest(buf, after).startsWith(" @");
-    case Form::Time:
-    case Form::List:
-    case Form::Free:
-        return !end && buf[after] == ' ';
-    }
-    return false;
-}
-
-qsizetype nextStart(const QByteArray& buf, qsizetype from) {
-    for (qsizetype q = from; q < buf.size(); ++q)
-        if (plausibleStart(buf, q))
-            return q;
-    return buf.size();
-}
-
-// Length of the message that starts at pos; 0 when it needs more data to be whole.
-qsizetype messageLength(const QByteArray& buf, qsizetype pos) {
-    const qsizetype n = buf.size();
-    const Word* w = wordAt(buf, pos);
-    if (!w) {
-        if (beginsWord(buf, pos))
-            return 0;
-        return nextStart(buf, pos + 1) - pos; // not a console message: up to the next one
-    }
-    const qsizetype after = pos + w->text.size();
-    switch (w->form) {
-    case Form::Fixed:
-        return w->text.size();
-    case Form::Time:
-        return after + 9 <= n ? after + 9 - pos : 0;
-    case Form::Pause: {
-        if (after >= n || buf[after] != ' ')
-            return w->text.size();
-        const qsizetype digits = digitsAt(buf, after + 1);
-        if (digits == 0)
-            return after + 1 == n ? 0 : w->text.size();
-        return after + 1 + digits - pos;
-    }
-    case Form::Bank: {
-        if (n - after < 2)
-            return QByteArrayView(" @").startsWith(rest(buf, after)) ? 0 : w->text.size();
-        if (!rest(buf, after).startsWith(" @"))
-            return w->text.size();
-        const qsizetype digits = digitsAt(buf, after + 2);
-        if (digits == 0)
-            return after + 2 == n ? 0 : after + 2 - pos;
-        return after + 2 + digits - pos;
-    }
-    case Form::List: {
-        // Each item is ended by ";"; the list by "End" where an item would begin.
-        qsizetype item = after + 1;
-        while (item < n) {
-            const QByteArrayView tail = rest(buf, item);
-            if (tail.startsWith("End") && (item + 3 == n || plausibleStart(buf, item + 3)))
-                return item + 3 - pos;
-            if (tail.size() < 3 && QByteArrayView("End").startsWith(tail))
-                return 0;
-            const qsizetype semi = buf.indexOf(';', item);
-            if (semi < 0)
-                return 0;
-            item = semi + 1;
-        }
-        return 0;
-    }
-    case Form::Free:
-        return nextStart(buf, after + 1) - pos;
-    }
-    return 0;
-}
 
 QString currentUserName() {
     if (const passwd* pw = getpwuid(getuid()))
@@ -277,42 +110,39 @@ void TerminalClient::sendRaw(const QByteArray& message) {
 }
 
 void TerminalClient::identify() {
-    sendRaw("AIP" + QByteArray::number(pc_));
+    sendRaw(Msg::identify(pc_));
 }
 
 void TerminalClient::requestLogOnDialog() {
-    sendRaw("Loa");
+    sendRaw(Msg::requestLogOnDialog());
 }
 
 void TerminalClient::logIn(const QString& payload) {
-    sendRaw("LOG " + payload.toUtf8());
+    sendRaw(Msg::logIn(payload));
 }
 
 void TerminalClient::checkMember(const QString& payload) {
-    sendRaw("CHK " + payload.toUtf8());
+    sendRaw(Msg::checkMember(payload));
 }
 
 void TerminalClient::requestRates() {
-    sendRaw("RTS");
+    sendRaw(Msg::requestRates());
 }
 
 void TerminalClient::sendText(const QString& text) {
-    sendRaw("TXT " + text.toUtf8());
+    sendRaw(Msg::textToConsole(text));
 }
 
 void TerminalClient::requestProducts() {
-    sendRaw("PLS");
+    sendRaw(Msg::requestProducts());
 }
 
 void TerminalClient::sendAlert(const QString& text) {
-    sendRaw("EMT " + text.toUtf8());
+    sendRaw(Msg::alert(text));
 }
 
 void TerminalClient::sendProcessList(const QStringList& items) {
-    QByteArray message("APL ");
-    for (const QString& item : items)
-        message += item.toUtf8() + ';';
-    sendRaw(message);
+    sendRaw(Msg::processList(items));
 }
 
 void TerminalClient::sendSnapshot(const QByteArray& bitmap) {
@@ -465,20 +295,7 @@ void TerminalClient::systemCommand(const QByteArray& message) {
 }
 
 QList<QByteArray> TerminalClient::SplitMessages(QByteArray& pending) {
-    QList<QByteArray> out;
-    qsizetype pos = 0;
-    while (pos < pending.size()) {
-        qsizetype length = messageLength(pending, pos);
-        if (length == 0) {
-            if (pending.size() - pos <= MostPending)
-                break;
-            length = pending.size() - pos; // it will never be finished: let it go
-        }
-        out.append(pending.mid(pos, length));
-        pos += length;
-    }
-    pending.remove(0, pos);
-    return out;
+    return Protocol::splitConsoleMessages(pending);
 }
 
 QStringList TerminalClient::RunningProcesses() {

@@ -1,4 +1,4 @@
-#include "server/instance_lock.h"
+#include "console/instance_lock.h"
 
 InstanceLock::InstanceLock(const AppFolder& folder)
     : lock_(folder.file(QString::fromLatin1(FileName))) {

@@ -1,0 +1,129 @@
+#include "server/terminal_messages.h"
+
+#include "base/app_folder.h"
+#include "base/prompts.h"
+#include "base/text.h"
+#include "server/message_log.h"
+#include "server/session_clock.h"
+#include "server/session_start.h"
+#include "server/terminal_server.h"
+#include "server/terminal_table.h"
+#include "store/product_list.h"
+#include "store/terminal_registry.h"
+
+#include <cmath>
+
+namespace {
+using Protocol::TerminalWord;
+
+// A PC number taken as an unsigned byte; -1 when the text is not one.
+int byteValue(const QString& text) {
+    const double v = std::nearbyint(leadingNumber(text));
+    return v < 0 || v > 255 ? -1 : int(v);
+}
+
+QString textOf(const QByteArray& message) {
+    return QString::fromUtf8(message);
+}
+} // namespace
+
+TerminalMessages::TerminalMessages(TerminalServer& server, TerminalRegistry& registry,
+                                   const SessionParts& parts, const AppFolder& folder)
+    : server_(server), registry_(registry), parts_(parts), folder_(folder) {
+    setRates(20, 30, Money::fromPesos(10));
+    auto on = [this](TerminalWord word, TerminalServer::Handler handler) {
+        server_.setHandler(word, std::move(handler));
+    };
+    on(TerminalWord::LogOnDialog, [this](int socket, const QByteArray&) {
+        server_.send(socket, Msg::formLoggerLoaded());
+        Q_EMIT logOnDialogRequested();
+    });
+    on(TerminalWord::LogIn, [this](int socket, const QByteArray& m) {
+        onLogIn(socket, Protocol::payloadOf(textOf(m)));
+    });
+    on(TerminalWord::Identify,
+       [this](int socket, const QByteArray& m) { onIdentify(socket, textOf(m)); });
+    on(TerminalWord::Rates,
+       [this](int socket, const QByteArray&) { server_.send(socket, ratesReply_); });
+    on(TerminalWord::CheckMember, [this](int socket, const QByteArray& m) {
+        onCheckMember(socket, Protocol::payloadOf(textOf(m)));
+    });
+    on(TerminalWord::Text, [this](int socket, const QByteArray& m) {
+        parts_.messageLog.logMessage(textOf(m));
+        server_.send(socket, Msg::textReceived());
+    });
+    on(TerminalWord::Products, [this](int socket, const QByteArray&) {
+        server_.send(socket, Msg::products(ProductList::listText(folder_)));
+    });
+    on(TerminalWord::Alert, [this](int, const QByteArray& m) {
+        parts_.prompts.notice(textOf(m), QString(), Prompts::Icon::None);
+    });
+    on(TerminalWord::Processes, [this](int, const QByteArray& m) {
+        QStringList items = Protocol::payloadOf(textOf(m)).split(QLatin1Char(';'));
+        items.removeAll(QString());
+        Q_EMIT processesReceived(items);
+    });
+    connect(&server_, &TerminalServer::connectionLost, this, &TerminalMessages::onConnectionLost);
+}
+
+void TerminalMessages::setRates(double ratePerHour, qint32 minimumMinutes, Money minimumAmount) {
+    ratesReply_ = Msg::rates(ratePerHour, minimumMinutes, minimumAmount.toDouble());
+}
+
+void TerminalMessages::onLogIn(int socket, const QString& payload) {
+    const auto in = Protocol::LogInPayload::parse(payload);
+    if (!in)
+        return;
+    if (!in->pcText.trimmed().isEmpty() && byteValue(in->pcText) < 0)
+        return;
+    const bool ok = logOnPc(parts_, in->pcText, in->id, in->name, socket, LogOnSource::Terminal);
+    server_.send(socket, ok ? Msg::logSuccessful() : Msg::failedLog());
+}
+
+void TerminalMessages::onCheckMember(int socket, const QString& payload) {
+    const auto in = Protocol::LogInPayload::parse(payload);
+    if (!in)
+        return;
+    if (!in->pcText.trimmed().isEmpty() && byteValue(in->pcText) < 0)
+        return;
+    if (!memberCheck_ || !memberCheck_(in->id, in->name)) {
+        server_.send(socket, Msg::invalidMember());
+        return;
+    }
+    if (!logOnPc(parts_, in->pcText, in->id, in->name, socket, LogOnSource::Terminal))
+        server_.send(socket, Msg::failedLog());
+}
+
+void TerminalMessages::onIdentify(int socket, const QString& message) {
+    const int pc = byteValue(message.mid(3));
+    const QString address = server_.peerAddress(socket);
+    TerminalTable& table = parts_.table;
+    if (!table.contains(pc)) {
+        parts_.messageLog.logMessage(QStringLiteral("AIP ERR: %1 calls itself PC %2; this "
+                                                    "console has PCs 1 to %3.")
+                                         .arg(address, message.mid(3).trimmed())
+                                         .arg(table.count()));
+        return;
+    }
+    registry_.registerTerminal(pc, address, socket);
+    const int p = registry_.pcOfAddress(address);
+    if (!table.contains(p))
+        return;
+    auto r = table.edit(p);
+    if (r->state == TerminalState::Paused)
+        server_.send(socket, Msg::pausedState());
+    r->online = true;
+    r->address = address;
+}
+
+void TerminalMessages::onConnectionLost(int socket, const QString& address) {
+    try {
+        if (const auto pc = registry_.markSocketGone(socket); pc && parts_.table.contains(*pc))
+            parts_.table.edit(*pc)->online = false;
+        pauseOnLostConnection(parts_, address);
+    } catch (const StoreError& e) {
+        parts_.messageLog.logMessage(QStringLiteral("DB ERR: ") + e.text());
+    } catch (const std::exception&) {
+        // An overflow abandons the handling, as any error inside a socket event does.
+    }
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "base/money.h"
+#include "server/session_parts.h"
+
+#include <QByteArray>
+#include <QObject>
+#include <QStringList>
+
+#include <functional>
+
+class AppFolder;
+class TerminalRegistry;
+class TerminalServer;
+
+// What the console does with each message a terminal sends (but a snapshot's pieces),
+// and with a lost connection: registered with the server word by word.
+class TerminalMessages : public QObject {
+    Q_OBJECT
+public:
+    // True when the id is a member's and the name, upper-cased, is the register's
+    // "LN, FN" upper-cased.
+    using MemberCheck = std::function<bool(const QString& id, const QString& name)>;
+
+    TerminalMessages(TerminalServer& server, TerminalRegistry& registry, const SessionParts& parts,
+                     const AppFolder& folder);
+
+    // The "SRPH " reply is built once, here, whenever the rates change.
+    void setRates(double ratePerHour, qint32 minimumMinutes, Money minimumAmount);
+    QByteArray ratesReply() const { return ratesReply_; }
+    void setMemberCheck(MemberCheck check) { memberCheck_ = std::move(check); }
+
+Q_SIGNALS:
+    // "Loa": a terminal asks for the log-on dialog.
+    void logOnDialogRequested();
+    // "APL": the processes a terminal reported.
+    void processesReceived(const QStringList& processes);
+
+private:
+    void onLogIn(int socket, const QString& payload);
+    void onCheckMember(int socket, const QString& payload);
+    void onIdentify(int socket, const QString& message);
+    void onConnectionLost(int socket, const QString& address);
+
+    TerminalServer& server_;
+    TerminalRegistry& registry_;
+    SessionParts parts_;
+    const AppFolder& folder_;
+    QByteArray ratesReply_;
+    MemberCheck memberCheck_;
+};

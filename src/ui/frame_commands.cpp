@@ -1,0 +1,190 @@
+#include "ui/frame_commands.h"
+
+#include "console/console.h"
+#include "people/log_in_dialog.h"
+#include "server/operator_commands.h"
+#include "ui/about_dialog.h"
+#include "ui/main_window.h"
+
+#include <QApplication>
+
+namespace {
+using Admin = AdminCommand;
+} // namespace
+
+std::vector<FrameCommand> frameCommands(MainWindow& f) {
+    Console& c = f.console();
+    const SessionParts& parts = c.sessionParts();
+    auto later = [&f](const char* window) {
+        return [&f, window] {
+            f.notAvailable(QString::fromLatin1(window));
+        };
+    };
+    auto onPc = [&f, &parts](void (*command)(const SessionParts&, int)) {
+        return [&f, &parts, command] {
+            command(parts, f.selectedPc());
+        };
+    };
+    auto extend = [&f, &parts](const char* minutes) {
+        return [&f, &parts, minutes] {
+            extendPcMinutes(parts, f.selectedPc(), QString::fromLatin1(minutes));
+        };
+    };
+    auto maintainOne = [&f, &parts](Maintenance kind) {
+        return [&f, &parts, kind] {
+            maintainPc(parts, f.selectedPc(), kind);
+        };
+    };
+    auto maintainEvery = [&parts](Maintenance kind) {
+        return [&parts, kind] {
+            maintainAll(parts, kind, true);
+        };
+    };
+    const auto none = std::nullopt;
+    return {
+        // The main menu.
+        {"mnuCset", "Clients &Section", "members", none, later("The members register")},
+        {"mnuPCTerm", "Terminal Attachment Infos", "registry", none, later("The IP table")},
+        {"mnuRateS", "Tarvo System Settings", "rates", Admin::SettingsMenu,
+         later("The rates, services and promos window")},
+        {"mnuuser", "System Users for Tarvo", "accounts", Admin::AccountsMenu,
+         later("The system user maintenance")},
+        {"mnuBkDB", "Back-Up Database", {}, none, later("The database backup")},
+        {"mnuTxtview", "Message Archiver", {}, none, later("The message archiver")},
+        {"mnuPrinter", "Tarvo Printer Setup", "printer", none,
+         [&f] {
+             f.openPrinterSetup();
+         }},
+        {"mnuSwitch",
+         "Switch User Log Session",
+         {},
+         none,
+         [&f, &c] {
+             openSwitchLog(c, f, &f);
+         }},
+        {"mnuexit",
+         "&Close Tarvo System",
+         {},
+         none,
+         [&f] {
+             QApplication::beep();
+             f.close();
+         }},
+        {"mnulogoff", "Log Off All Clients PC", {}, none, maintainEvery(Maintenance::LogOff)},
+        {"mnuReboot",
+         "Reboot/Restart All Clients PC",
+         {},
+         none,
+         maintainEvery(Maintenance::Reboot)},
+        {"mnuShutdown", "Shutdown All Clients PC", {}, none, maintainEvery(Maintenance::ShutDown)},
+        {"mnuEarn", "&What we gather today", "sales", none, later("Today's sales")},
+        {"mnuSDate", "&Retro Reports", {}, none, later("The date report")},
+        {"mnuClist", "Clients we Currently Have", {}, none, later("The members list")},
+        {"mnuTinfo", "Terminal Attachment Information ", {}, none, later("The IP table")},
+        {"mnumanual",
+         "Tarvo Systems Manual",
+         {},
+         none,
+         [&f] {
+             f.openManual();
+         }},
+        {"mnuAbout",
+         "What is Tarvo?",
+         {},
+         none,
+         [&f, &c] {
+             openAbout(c, f);
+         }},
+        // The terminal pop-up menu.
+        {"mnuhead",
+         "On PC :",
+         {},
+         none,
+         [] {
+         }},
+        {"mnuplog",
+         "Assign this PC to client",
+         {},
+         none,
+         [&f, &parts] {
+             if (mayAssignPc(parts, f.selectedPc()))
+                 f.notAvailable(QStringLiteral("The log-on dialog"));
+         }},
+        {"mnuplock", "Lock Client PC", {}, none, onPc(&lockPc)},
+        {"mnupulock", "Unlock Client PC", {}, Admin::TerminalUnlock, onPc(&unlockPc)},
+        {"mnupx5", "  5 Minutes", {}, none, extend("5")},
+        {"mnupx10", "10 Minutes", {}, none, extend("10")},
+        {"mnupx15", "15 Minutes", {}, none, extend("15")},
+        {"mnupx20", "20 Minutes", {}, none, extend("20")},
+        {"mnupx30", "30 Minutes", {}, none, extend("30")},
+        {"mnupx1hr", "  1 Hour", {}, none, extend("60")},
+        {"mnupPause", "Pause Client PC", {}, none, onPc(&pausePc)},
+        {"mnupRes", "Resume Client PC", {}, none, onPc(&resumePc)},
+        {"mnuplogout", "Log-Out Client PC", {}, none, later("Billing")},
+        {"mnuTlogoff", "Log Off Client PC", {}, none, maintainOne(Maintenance::LogOff)},
+        {"mnutreb", "Reboot CLient PC", {}, none, maintainOne(Maintenance::Reboot)},
+        {"mnutshut", "Shutdown Client PC", {}, none, maintainOne(Maintenance::ShutDown)},
+        {"mnupeek",
+         "Show Client PC Processes",
+         {},
+         Admin::TerminalPeek,
+         [&f, &parts] {
+             if (socketForPeek(parts, f.selectedPc()) >= 0)
+                 f.notAvailable(QStringLiteral("The process viewer"));
+         }},
+        // Toolbar buttons that no menu item shares.
+        {"tbar1", "Terminal Listing", "listing", none, later("The terminal listing")},
+        {"tbar2", "Assign a PC to a Client", "logon", none, later("The log-on dialog")},
+        {"tbar3", "Active Terminal View", "board", none, later("The active terminal view")},
+        {"tbar4", "Tarvo System Settings", "rates", Admin::SettingsButton,
+         later("The rates, services and promos window")},
+        {"tbar10", "Close Tarvo System", "close", none,
+         [&f] {
+             f.close();
+         }},
+    };
+}
+
+const std::vector<FrameMenu>& frameMenus() {
+    static const std::vector<FrameMenu> menus = {
+        {"mnuSystem",
+         QStringLiteral("&Tarvo System   "),
+         {"mnuCset", "mnuPCTerm", "mnuRateS", "mnuuser", "mnuBkDB", "mnuTxtview", "-", "mnuPrinter",
+          "mnuSwitch", "-", "mnuexit"}},
+        {"mnuTrm",
+         QStringLiteral("Client PC Maintenance"),
+         {"mnulogoff", "mnuReboot", "mnuShutdown"}},
+        {"mnuReps",
+         QStringLiteral("&Report Generation"),
+         {"mnuEarn", "mnuSDate", "mnuClist", "mnuTinfo"}},
+        {"mnuWin", QStringLiteral("&Active Sessions "), {}}, // the open windows, when shown
+        {"mnuHelp", QStringLiteral("Tarvo Help"), {"mnumanual", "mnuAbout"}},
+    };
+    return menus;
+}
+
+const FrameMenu& framePopup() {
+    static const FrameMenu popup = {"mnuPopup",
+                                    QStringLiteral("Upop1"),
+                                    {"mnuhead", "-", "mnuplog", "mnuplock", "mnupulock",
+                                     ">mnupXtnd", "mnupPause", "mnupRes", "mnuplogout", ">mnupMnt",
+                                     "mnupeek"}};
+    return popup;
+}
+
+const std::vector<FrameMenu>& frameSubmenus() {
+    static const std::vector<FrameMenu> submenus = {
+        {"mnupXtnd",
+         QStringLiteral("Extend Client Time"),
+         {"mnupx5", "mnupx10", "mnupx15", "mnupx20", "mnupx30", "mnupx1hr"}},
+        {"mnupMnt", QStringLiteral("Client PC Maintenance"), {"mnuTlogoff", "mnutreb", "mnutshut"}},
+    };
+    return submenus;
+}
+
+const std::vector<const char*>& frameToolbar() {
+    static const std::vector<const char*> buttons = {
+        "tbar1",   "tbar2", "tbar3",      "tbar4",     "-", "mnuCset", "mnuuser",
+        "mnuEarn", "-",     "mnuPrinter", "mnuPCTerm", "-", "tbar10"};
+    return buttons;
+}

@@ -1,0 +1,47 @@
+#include "support/terminal_probe.h"
+
+#include "console/console.h"
+
+#include <QTest>
+
+std::unique_ptr<TerminalClient> TerminalProbe::connect(const QString& address) {
+    auto t = std::make_unique<TerminalClient>();
+    if (!t->connectToConsole(QStringLiteral("127.0.0.1"), console_.server().port(),
+                             QHostAddress(address)) ||
+        t->waitFor("ACPT").isEmpty())
+        return nullptr;
+    return t;
+}
+
+bool TerminalProbe::identify(TerminalClient& terminal, int pc) {
+    terminal.setPcNumber(pc);
+    terminal.identify();
+    return QTest::qWaitFor(
+        [&] { return console_.terminals().contains(pc) && console_.terminals().at(pc).online; });
+}
+
+std::unique_ptr<TerminalClient> TerminalProbe::online(int pc, const QString& address) {
+    auto t = connect(address);
+    if (!t || !identify(*t, pc))
+        return nullptr;
+    return t;
+}
+
+QByteArrayList TerminalProbe::drain(TerminalClient& terminal) {
+    terminal.requestRates();
+    if (terminal.waitFor("SRPH").isEmpty())
+        return {"(no answer to RTS)"};
+    const QByteArrayList before = terminal.inbox();
+    terminal.clearInbox();
+    return before;
+}
+
+QByteArrayList TerminalProbe::exchange(TerminalClient& terminal, const QByteArray& message) {
+    terminal.clearInbox();
+    terminal.sendRaw(message);
+    if (!other_)
+        other_ = connect(QStringLiteral("127.0.0.250"));
+    if (other_)
+        drain(*other_);
+    return drain(terminal);
+}

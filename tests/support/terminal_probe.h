@@ -1,0 +1,34 @@
+#pragma once
+
+#include "terminal_client.h"
+
+#include <QByteArrayList>
+#include <QString>
+
+#include <memory>
+
+class Console;
+
+// Real terminals on loopback addresses, talking to a real console over TCP.
+class TerminalProbe {
+public:
+    explicit TerminalProbe(Console& console) : console_(console) {}
+
+    // A terminal connected from `address`, its "ACPT" taken; null when that failed.
+    std::unique_ptr<TerminalClient> connect(const QString& address = QStringLiteral("127.0.0.1"));
+    // Sends "AIP" and waits until the console has the PC on line.
+    bool identify(TerminalClient& terminal, int pc);
+    // Connected and identified; null when either failed.
+    std::unique_ptr<TerminalClient> online(int pc, const QString& address);
+
+    // Everything the console sent the terminal so far: a rates request goes last, and
+    // its answer comes only after every earlier answer.
+    static QByteArrayList drain(TerminalClient& terminal);
+    // What the console answers the terminal to `message`. Another connection's round
+    // trip first keeps `message` and the closing rates request apart.
+    QByteArrayList exchange(TerminalClient& terminal, const QByteArray& message);
+
+private:
+    Console& console_;
+    std::unique_ptr<TerminalClient> other_;
+};
