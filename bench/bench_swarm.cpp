@@ -1,210 +1,169 @@
-// A console core and a swarm of 254 terminals on loopback, each from its own address
-// 127.0.0.x. Prints how long they take to connect and be identified, the round-trip
-// time of the rates request under load and alone, and the process's resident memory.
-// The terminals run on a thread of their own, so that the console's thread does only
-// the console's work, as in the real program.
-#include "terminal_client.h"
-
-#include "base/app_folder.h"
-#include "base/clock.h"
-#include "base/prompts.h"
-#include "console/console.h"
+// 254 terminals, each from its own address 127.0.0.k, against a console in another
+// process: how long they take to be accepted and identified (the console's registry
+// read from its database file), the round trip of the rates request with all 254
+// asking at once, and the console's resident memory.
+#include "console_process.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QTemporaryDir>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTextStream>
 #include <QThread>
-#include <QTimer>
 
-#include <algorithm>
-#include <functional>
-#include <memory>
 #include <vector>
 
-namespace {
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
+namespace {
 constexpr int Terminals = 254;
 constexpr int LoadedRequests = 100000;
-constexpr int LoneRequests = 10000;
-constexpr int GiveUpAfterMs = 240000;
+constexpr int GiveUpAfterMs = 60000;
+using Clock = std::chrono::steady_clock;
 
-QTextStream& out() {
-    static QTextStream stream(stdout);
-    return stream;
-}
-
-QString residentMemory() {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly | QIODevice::Text))
-        return QStringLiteral("unknown");
-    for (const QByteArray& line : status.readAll().split('\n'))
-        if (line.startsWith("VmRSS:"))
-            return QString::fromLatin1(line.mid(6).simplified());
-    return QStringLiteral("unknown");
-}
-
-// The terminals' side; every member runs on the swarm thread.
-class Swarm : public QObject {
-public:
-    std::function<void(int accepted)> onAllAccepted;
-    std::function<void(std::vector<qint64> nanoseconds, qint64 elapsedMs)> onRequestsDone;
-
-    void connectAll(quint16 port) {
-        for (int k = 1; k <= Terminals; ++k) {
-            auto* t = new TerminalClient(this);
-            t->setPcNumber(k);
-            t->setAutoAnswer(false);
-            t->setInboxLimit(0);
-            connect(t, &TerminalClient::messageReceived, this,
-                    [this, t](const QByteArray& m) { onMessage(t, m); });
-            t->connectToConsole(QStringLiteral("127.0.0.1"), port,
-                                QHostAddress(QStringLiteral("127.0.0.%1").arg(k)));
-            clients_.push_back(t);
-            started_.emplace_back();
-        }
-    }
-
-    // `total` rates requests over the first `concurrency` terminals, each with one
-    // request outstanding at a time.
-    void request(int total, int concurrency) {
-        total_ = total;
-        sent_ = 0;
-        latencies_.clear();
-        latencies_.reserve(size_t(total));
-        clock_.start();
-        for (int i = 0; i < concurrency && sent_ < total_; ++i)
-            send(i);
-    }
-
-private:
-    void send(int i) {
-        ++sent_;
-        started_[size_t(i)].start();
-        clients_[size_t(i)]->requestRates();
-    }
-
-    void onMessage(TerminalClient* t, const QByteArray& m) {
-        const int i = t->pcNumber() - 1;
-        if (m == "ACPT") {
-            t->identify();
-            if (++accepted_ == Terminals && onAllAccepted)
-                onAllAccepted(accepted_);
-        } else if (m.startsWith("SRPH")) {
-            latencies_.push_back(started_[size_t(i)].nsecsElapsed());
-            if (sent_ < total_)
-                send(i);
-            else if (qsizetype(latencies_.size()) == total_ && onRequestsDone)
-                onRequestsDone(latencies_, clock_.elapsed());
-        }
-    }
-
-    std::vector<TerminalClient*> clients_;
-    std::vector<QElapsedTimer> started_;
-    std::vector<qint64> latencies_;
-    QElapsedTimer clock_;
-    int accepted_ = 0;
-    int total_ = 0;
-    int sent_ = 0;
+struct Terminal {
+    int fd = -1;
+    QByteArray in;
+    bool accepted = false;
+    Clock::time_point sent;
 };
 
-QString micros(qint64 ns) {
-    return QString::number(double(ns) / 1000.0, 'f', 1) + " us";
+int openTerminal(quint16 port, int k) {
+    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
+    const int one = 1;
+    ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+    sockaddr_in from{};
+    from.sin_family = AF_INET;
+    from.sin_addr.s_addr = htonl((127u << 24) | unsigned(k));
+    sockaddr_in to{};
+    to.sin_family = AF_INET;
+    to.sin_port = htons(port);
+    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (::bind(fd, reinterpret_cast<sockaddr*>(&from), sizeof from) != 0)
+        return -1;
+    ::connect(fd, reinterpret_cast<sockaddr*>(&to), sizeof to); // completes in the poll loop
+    return fd;
 }
 
-void printLatencies(const QString& title, std::vector<qint64> ns, qint64 elapsedMs) {
-    std::sort(ns.begin(), ns.end());
-    auto at = [&](double q) {
-        return ns[std::min(ns.size() - 1, size_t(q * double(ns.size())))];
-    };
-    out() << title << ": " << ns.size() << " requests in " << elapsedMs << " ms ("
-          << qint64(double(ns.size()) * 1000.0 / double(qMax<qint64>(1, elapsedMs)))
-          << " per second); round trip p50 " << micros(at(0.50)) << ", p99 " << micros(at(0.99))
-          << ", max " << micros(ns.back()) << Qt::endl;
+long msSince(Clock::time_point t) {
+    return long(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - t).count());
 }
 
+// Reads what is waiting on every readable terminal; calls `take` for each one that read.
+template <typename F> bool pump(std::vector<Terminal>& terminals, F&& take) {
+    std::vector<pollfd> fds;
+    for (const Terminal& t : terminals)
+        fds.push_back({t.fd, POLLIN, 0});
+    if (::poll(fds.data(), fds.size(), 1000) < 0)
+        return false;
+    char buffer[4096];
+    for (size_t i = 0; i < fds.size(); ++i) {
+        if (!(fds[i].revents & (POLLIN | POLLERR | POLLHUP)))
+            continue;
+        const ssize_t n = ::recv(fds[i].fd, buffer, sizeof buffer, 0);
+        if (n <= 0)
+            return false;
+        terminals[i].in.append(buffer, n);
+        take(int(i));
+    }
+    return true;
+}
 } // namespace
 
 int main(int argc, char* argv[]) {
     QCoreApplication app(argc, argv);
-    QTemporaryDir dir;
-    if (!dir.isValid()) {
-        out() << "bench_swarm: no temporary folder" << Qt::endl;
+    QTextStream out(stdout);
+    ConsoleProcess console;
+    if (!console.start(Terminals))
+        return 1;
+    out << "console with " << Terminals << " terminals; resident memory " << console.residentKb()
+        << " kB" << Qt::endl;
+
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
+    db.setDatabaseName(console.dataFolder() + QStringLiteral("/TarvoQRBDB.MDB"));
+    db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=5000"));
+    if (!db.open()) {
+        out << "cannot read the console's database" << Qt::endl;
         return 1;
     }
-    {
-        QFile settings(dir.filePath(QStringLiteral("TarvoQRB.INI")));
-        if (!settings.open(QIODevice::WriteOnly))
-            return 1;
-        settings.write("254=NOFPC\n1=PAGE\nPlease don't Modify....\n");
-    }
-    SystemClock clock;
-    SilentPrompts prompts;
-    AppFolder folder(dir.path());
-    Console console(clock, prompts, folder);
-    console.openStorage();
-    console.startUp(0, dir.filePath(QStringLiteral("odbc.ini")));
-    const quint16 port = console.server().port();
-    out() << "console on port " << port << " with " << console.terminals().count()
-          << " terminals; resident memory " << residentMemory() << Qt::endl;
-
-    QTimer::singleShot(GiveUpAfterMs, &app, [] {
-        out() << "bench_swarm: gave up after " << GiveUpAfterMs / 1000 << " s" << Qt::endl;
-        QCoreApplication::exit(1);
-    });
-
-    QThread thread;
-    auto* swarm = new Swarm;
-    swarm->moveToThread(&thread);
-    QObject::connect(&thread, &QThread::finished, swarm, &QObject::deleteLater);
-    thread.start();
-
-    QElapsedTimer connecting;
-    auto onMain = [&app](std::function<void()> f) {
-        QMetaObject::invokeMethod(&app, std::move(f), Qt::QueuedConnection);
-    };
-    auto onSwarm = [swarm](std::function<void()> f) {
-        QMetaObject::invokeMethod(swarm, std::move(f), Qt::QueuedConnection);
+    auto online = [&] {
+        QSqlQuery q(db);
+        return q.exec(QStringLiteral("SELECT count(*) FROM SrvIPTable WHERE Status <> 0")) &&
+                       q.next()
+                   ? q.value(0).toInt()
+                   : -1;
     };
 
-    // Identified means the console has the terminal on line; the console's own table
-    // says so, read on the console's thread.
-    QTimer watch;
-    watch.setInterval(1);
-    QObject::connect(&watch, &QTimer::timeout, &app, [&] {
-        for (int p = 1; p <= Terminals; ++p)
-            if (!console.terminals().at(p).online)
-                return;
-        watch.stop();
-        out() << "all " << Terminals << " terminals connected and identified in "
-              << connecting.elapsed() << " ms; resident memory " << residentMemory() << Qt::endl;
-        onSwarm([&, swarm] { swarm->request(LoadedRequests, Terminals); });
-    });
-
-    int phase = 0;
-    swarm->onRequestsDone = [&, swarm](std::vector<qint64> ns, qint64 ms) {
-        onMain([&, ns = std::move(ns), ms, swarm]() mutable {
-            if (phase++ == 0) {
-                printLatencies(QStringLiteral("RTS under load (one outstanding per terminal, "
-                                              "254 at once)"),
-                               std::move(ns), ms);
-                onSwarm([swarm] { swarm->request(LoneRequests, 1); });
-            } else {
-                printLatencies(QStringLiteral("RTS alone (one terminal, sequential)"),
-                               std::move(ns), ms);
-                out() << "resident memory at the end (console and the 254 terminals): "
-                      << residentMemory() << Qt::endl;
-                QCoreApplication::quit();
+    const auto start = Clock::now();
+    std::vector<Terminal> terminals(Terminals);
+    for (int k = 1; k <= Terminals; ++k)
+        terminals[size_t(k - 1)].fd = openTerminal(console.port(), k);
+    int accepted = 0;
+    while (accepted < Terminals && msSince(start) < GiveUpAfterMs) {
+        const bool ok = pump(terminals, [&](int i) {
+            Terminal& t = terminals[size_t(i)];
+            if (!t.accepted && t.in.contains("ACPT")) {
+                t.accepted = true;
+                t.in.clear();
+                ++accepted;
+                const QByteArray aip = "AIP" + QByteArray::number(i + 1);
+                ::send(t.fd, aip.constData(), size_t(aip.size()), 0);
             }
         });
-    };
+        if (!ok)
+            break;
+    }
+    const long acceptedMs = msSince(start);
+    while (online() < Terminals && msSince(start) < GiveUpAfterMs)
+        QThread::usleep(500);
+    const long identifiedMs = msSince(start);
+    out << QStringLiteral("%1 of %2 accepted in %3 ms; %4 identified (on line in the registry) "
+                          "in %5 ms; console resident memory %6 kB")
+               .arg(accepted)
+               .arg(Terminals)
+               .arg(acceptedMs)
+               .arg(online())
+               .arg(identifiedMs)
+               .arg(console.residentKb())
+        << Qt::endl;
 
-    connecting.start();
-    watch.start();
-    onSwarm([swarm, port] { swarm->connectAll(port); });
-    const int code = QCoreApplication::exec();
-    thread.quit();
-    thread.wait();
-    return code;
+    // Every terminal keeps one rates request outstanding until the total is reached.
+    constexpr qsizetype ReplyBytes = 16; // "SRPH 20.:30.;10."
+    Latencies times;
+    int sent = 0;
+    auto ask = [&](Terminal& t) {
+        ++sent;
+        t.in.clear();
+        t.sent = Clock::now();
+        ::send(t.fd, "RTS", 3, 0);
+    };
+    const auto loadStart = Clock::now();
+    for (Terminal& t : terminals)
+        ask(t);
+    while (times.micros.size() < size_t(LoadedRequests) && msSince(loadStart) < GiveUpAfterMs) {
+        const bool ok = pump(terminals, [&](int i) {
+            Terminal& t = terminals[size_t(i)];
+            if (t.in.size() < ReplyBytes)
+                return;
+            times.add(Clock::now() - t.sent);
+            if (sent < LoadedRequests)
+                ask(t);
+        });
+        if (!ok)
+            break;
+    }
+    const long loadMs = msSince(loadStart);
+    out << QStringLiteral("RTS with %1 terminals asking at once: %2 per second; ")
+               .arg(Terminals)
+               .arg(qint64(double(times.micros.size()) * 1000.0 / double(qMax(1L, loadMs))))
+        << times.summary() << Qt::endl;
+    out << "console resident memory at the end: " << console.residentKb() << " kB" << Qt::endl;
+    for (Terminal& t : terminals)
+        ::close(t.fd);
+    return 0;
 }

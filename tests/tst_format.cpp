@@ -8,7 +8,7 @@
 
 #include <limits>
 
-class TstFormat : public QObject {
+class FormatTest : public QObject {
     Q_OBJECT
     static constexpr qint32 Max = std::numeric_limits<qint32>::max();
     static constexpr qint32 Min = std::numeric_limits<qint32>::min();
@@ -194,5 +194,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TstFormat)
+QTEST_APPLESS_MAIN(FormatTest)
 #include "tst_format.moc"

@@ -11,7 +11,7 @@
 
 using namespace Qt::StringLiterals;
 
-class TestInstanceLock : public QObject {
+class InstanceLockTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
@@ -19,7 +19,8 @@ private Q_SLOTS:
         QTemporaryDir dir, other;
         InstanceLock first{AppFolder(dir.path())}, second{AppFolder(dir.path())};
         QVERIFY(first.tryLock());
-        QVERIFY(!second.tryLock() && !second.isLocked());
+        QVERIFY(!second.tryLock());
+        QVERIFY(!second.isLocked());
         QVERIFY(InstanceLock(AppFolder(other.path())).tryLock()); // one lock per folder
         first.unlock();
         QVERIFY(second.tryLock());
@@ -30,7 +31,8 @@ private Q_SLOTS:
         QTemporaryDir dir;
         QProcess holder; // another console: this program with "--hold-lock DIR"
         holder.start(QCoreApplication::applicationFilePath(), {u"--hold-lock"_s, dir.path()});
-        QVERIFY(holder.waitForReadyRead(30000) && holder.readLine() == "locked\n");
+        QVERIFY(holder.waitForReadyRead(30000));
+        QCOMPARE(holder.readLine(), "locked\n");
         QFile lockFile(dir.filePath(QString::fromLatin1(InstanceLock::FileName)));
         // A console that has run for days holds an old lock file; age alone never makes it stale.
         QVERIFY(lockFile.open(QIODevice::ReadWrite));
@@ -41,7 +43,8 @@ private Q_SLOTS:
 
         // Killed with no chance to clean up: the lock file stays behind, naming a dead process.
         holder.kill();
-        QVERIFY(holder.waitForFinished() && lockFile.exists());
+        QVERIFY(holder.waitForFinished());
+        QVERIFY(lockFile.exists());
         QVERIFY(mine.tryLock());
         QVERIFY(!InstanceLock(AppFolder(dir.path())).tryLock());
     }
@@ -55,7 +58,7 @@ int main(int argc, char* argv[]) {
         for (;;)
             QThread::sleep(60);
     }
-    TestInstanceLock test;
+    InstanceLockTest test;
     return QTest::qExec(&test, argc, argv);
 }
 

@@ -17,6 +17,7 @@ class MainWindowTest : public QObject {
     Q_OBJECT
 
     std::unique_ptr<ConsoleFixture> fx;
+    std::unique_ptr<TerminalProbe> probe;
     std::unique_ptr<MainWindow> window;
     std::vector<std::unique_ptr<TerminalClient>> terminals;
 
@@ -38,7 +39,7 @@ class MainWindowTest : public QObject {
 
     // A real terminal on its own loopback address, identified as the PC and logged on.
     bool logOnTerminal(int pc) {
-        auto t = TerminalProbe(console()).online(pc, u"127.0.0.%1"_s.arg(10 + pc));
+        auto t = probe->online(pc, u"127.0.0.%1"_s.arg(10 + pc));
         if (!t)
             return false;
         terminals.push_back(std::move(t));
@@ -56,6 +57,8 @@ private Q_SLOTS:
     void init() {
         fx = std::make_unique<ConsoleFixture>();
         fx->start();
+        probe = std::make_unique<TerminalProbe>(console());
+        QVERIFY(probe->openOtherLine());
         console().currentOperator() = {u"ANA"_s, u"User"_s, u"pw"_s};
         window = std::make_unique<MainWindow>(console());
         window->setModalShowsBlock(false);
@@ -65,6 +68,7 @@ private Q_SLOTS:
     }
     void cleanup() {
         terminals.clear();
+        probe.reset();
         window.reset();
         for (QWidget* w : QApplication::topLevelWidgets())
             w->deleteLater();
@@ -274,8 +278,8 @@ private Q_SLOTS:
         QVERIFY(logOnTerminal(3));
         window->mainTimerTick();
         QCOMPARE(window->panelText(StatusPanel::Sessions), u"1 PC"_s);
-        QCOMPARE(window->panelText(StatusPanel::Sockets), u"2"_s);
-        QCOMPARE(window->panelText(StatusPanel::Port), u"(on)Port: 2"_s);
+        QCOMPARE(window->panelText(StatusPanel::Sockets), u"3"_s); // listening, probe, PC 3
+        QCOMPARE(window->panelText(StatusPanel::Port), u"(on)Port: 3"_s);
         QCOMPARE(find<QLabel>(u"pnlDateTime"_s)->text(), u"Sunday, November 15 2026 09:00:00 "_s);
         QCOMPARE(find<QLabel>(u"pnlLastRequest"_s)->text(), u"RQST CONN : 127.0.0.13"_s);
         // Another program holds the port: the port panel says the console is not listening.

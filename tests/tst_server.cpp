@@ -1,12 +1,14 @@
 // The console's terminal server end to end: real loopback connections from the
 // terminal client, a real database file, a hand-set clock.
 #include "protocol/protocol.h"
+#include "server/session_clock.h"
 #include "support/console_fixture.h"
 #include "support/terminal_probe.h"
 
 #include <QFile>
 #include <QImage>
 #include <QSignalSpy>
+#include <QTcpServer>
 #include <QtTest>
 
 #include <memory>
@@ -45,6 +47,7 @@ private Q_SLOTS:
         fx.reset();
         fx = std::make_unique<ConsoleFixture>();
         probe = std::make_unique<TerminalProbe>(fx->start());
+        QVERIFY(probe->openOtherLine()); // socket 1; the terminals under test come after
     }
 
     void reconnectTakesTheNextSocketAndKeepsTheRow_data() {
@@ -58,17 +61,17 @@ private Q_SLOTS:
         QVERIFY(first);
         QVERIFY(console().messageLog().contains("RQST CONN : 127.0.0.1\r"));
         QVERIFY(identify(*first, 7));
-        QCOMPARE(ipRows(), QStringList{"127.0.0.1|7|1|on"});
+        QCOMPARE(ipRows(), QStringList{"127.0.0.1|7|2|on"});
         reset ? first->abort() : first->disconnectFromConsole();
         QTRY_VERIFY(!record(7).online);
-        QCOMPARE(ipRows(), QStringList{"127.0.0.1|7|1|off"});
+        QCOMPARE(ipRows(), QStringList{"127.0.0.1|7|2|off"});
         QCOMPARE(console().control().socketOfPc(7), -1);
 
         auto second = connectFrom();
         QVERIFY(second);
         QVERIFY(identify(*second, 7));
-        QCOMPARE(ipRows(), QStringList{"127.0.0.1|7|2|on"});
-        QCOMPARE(drain(*second), L{}); // nothing was paused
+        QCOMPARE(ipRows(), QStringList{"127.0.0.1|7|3|on"}); // the next socket
+        QCOMPARE(drain(*second), L{});                       // nothing was paused
     }
 
     // What each terminal message, sent in turn from PC 5, brings: the answers, the
@@ -125,7 +128,8 @@ private Q_SLOTS:
         QFETCH(QByteArray, products);
         if (!products.isNull()) {
             QFile f(fx->folder->file("Products.LST"));
-            QVERIFY(f.open(QIODevice::WriteOnly) && f.write(products) == products.size());
+            QVERIFY(f.open(QIODevice::WriteOnly));
+            QCOMPARE(f.write(products), products.size());
         }
         fx->exec("INSERT INTO members (CID, LN, FN) VALUES ('M-0001', 'Dela Cruz', '  Juan ')");
         QSignalSpy dialog(&console().terminalMessages(), &TerminalMessages::logOnDialogRequested);
@@ -164,6 +168,27 @@ private Q_SLOTS:
             QCOMPARE(record(5).startTick, fx->clock.tickCount());
             QCOMPARE(record(5).timeLimit, "U");
         }
+    }
+
+    // Another program holds the port: start-up says so, naming the port, and the status
+    // bar does not pretend to listen.
+    void takenPortIsReportedAtStartUp() {
+        QTcpServer other;
+        QVERIFY(other.listen(QHostAddress::AnyIPv4));
+        ConsoleFixture f;
+        f.console = std::make_unique<Console>(f.clock, f.prompts, *f.folder);
+        f.console->openStorage();
+        const auto report = f.console->startUp(other.serverPort(), f.iniPath());
+        QCOMPARE(report.problems.size(), 1);
+        QVERIFY2(
+            report.problems.first().startsWith(
+                QStringLiteral("The console cannot listen on port %1: ").arg(other.serverPort())),
+            qPrintable(report.problems.first()));
+        QVERIFY(!f.console->server().isListening());
+        mainTimerTick(f.console->terminals(), f.console->server(), f.console->statusPanels(),
+                      f.clock);
+        QCOMPARE(f.console->statusPanels().text(StatusPanel::Port),
+                 QStringLiteral("Not listening: terminals cannot connect"));
     }
 
     void ratesAreSentMasked() {
@@ -206,7 +231,7 @@ private Q_SLOTS:
 
         reset ? t->abort() : t->disconnectFromConsole();
         QTRY_VERIFY(!r.online);
-        QCOMPARE(ipRows(), QStringList{"127.0.0.1|5|1|off"});
+        QCOMPARE(ipRows(), QStringList{"127.0.0.1|5|2|off"});
         QVERIFY(r.logged);
         QCOMPARE(r.bankedMs, bkTick);
         QCOMPARE(fx->scalar("SELECT BkTick || '|' || pcstat FROM templog").toString(),

@@ -20,6 +20,9 @@ TerminalServer::~TerminalServer() {
 
 bool TerminalServer::startListening(quint16 port) {
     listener_.close();
+    // Every PC of the café may connect in the same instant (after a power cut); a short
+    // queue would leave some waiting seconds for the kernel's retries.
+    listener_.setListenBacklogSize(ListenBacklog);
     if (!listener_.listen(QHostAddress::AnyIPv4, port)) {
         log_.logMessage(
             QStringLiteral("LISTEN ERR: port %1: %2").arg(port).arg(listener_.errorString()));

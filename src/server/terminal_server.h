@@ -24,6 +24,7 @@ class TerminalServer : public QObject {
 public:
     static constexpr quint16 DefaultPort = 1066;
     static constexpr qint16 MostSockets = 32767;
+    static constexpr int ListenBacklog = 1024;
     using Handler = std::function<void(int socket, const QByteArray& message)>;
 
     TerminalServer(MessageLog& log, StatusPanels& panels);

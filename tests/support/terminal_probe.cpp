@@ -2,8 +2,6 @@
 
 #include "console/console.h"
 
-#include <QTest>
-
 std::unique_ptr<TerminalClient> TerminalProbe::connect(const QString& address) {
     auto t = std::make_unique<TerminalClient>();
     if (!t->connectToConsole(QStringLiteral("127.0.0.1"), console_.server().port(),
@@ -16,8 +14,13 @@ std::unique_ptr<TerminalClient> TerminalProbe::connect(const QString& address) {
 bool TerminalProbe::identify(TerminalClient& terminal, int pc) {
     terminal.setPcNumber(pc);
     terminal.identify();
-    return QTest::qWaitFor(
-        [&] { return console_.terminals().contains(pc) && console_.terminals().at(pc).online; });
+    // Answered only after "AIP" was handled; what "AIP" itself brought stays in the inbox.
+    if (openOtherLine())
+        drain(*other_);
+    terminal.requestRates();
+    if (terminal.waitFor("SRPH").isEmpty())
+        return false;
+    return console_.terminals().contains(pc) && console_.terminals().at(pc).online;
 }
 
 std::unique_ptr<TerminalClient> TerminalProbe::online(int pc, const QString& address) {
@@ -39,9 +42,13 @@ QByteArrayList TerminalProbe::drain(TerminalClient& terminal) {
 QByteArrayList TerminalProbe::exchange(TerminalClient& terminal, const QByteArray& message) {
     terminal.clearInbox();
     terminal.sendRaw(message);
-    if (!other_)
-        other_ = connect(QStringLiteral("127.0.0.250"));
-    if (other_)
+    if (openOtherLine())
         drain(*other_);
     return drain(terminal);
+}
+
+bool TerminalProbe::openOtherLine() {
+    if (!other_)
+        other_ = connect(QStringLiteral("127.0.0.250"));
+    return other_ != nullptr;
 }

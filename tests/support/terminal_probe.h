@@ -16,8 +16,12 @@ public:
 
     // A terminal connected from `address`, its "ACPT" taken; null when that failed.
     std::unique_ptr<TerminalClient> connect(const QString& address = QStringLiteral("127.0.0.1"));
-    // Sends "AIP" and waits until the console has the PC on line.
+    // Sends "AIP" and, once a round trip proves it was handled, tells whether the console
+    // has the PC on line. What "AIP" brought ("PAUS") stays in the inbox.
     bool identify(TerminalClient& terminal, int pc);
+    // Opens now the other connection the probe keeps messages apart with, so that it
+    // takes its socket before the terminals under test.
+    bool openOtherLine();
     // Connected and identified; null when either failed.
     std::unique_ptr<TerminalClient> online(int pc, const QString& address);
 

@@ -1,0 +1,106 @@
+#include "console_process.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QTextStream>
+
+#include <algorithm>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+ConsoleProcess::~ConsoleProcess() {
+    if (process_.state() == QProcess::NotRunning)
+        return;
+    process_.closeWriteChannel();
+    if (!process_.waitForFinished(5000)) {
+        process_.kill();
+        process_.waitForFinished(5000);
+    }
+}
+
+bool ConsoleProcess::start(int terminals) {
+    const QString program =
+        QCoreApplication::applicationDirPath() + QStringLiteral("/tarvo-bench-console");
+    process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process_.start(program, {QStringLiteral("--terminals"), QString::number(terminals)});
+    QTextStream err(stderr);
+    if (!process_.waitForStarted(10000)) {
+        err << "cannot start " << program << Qt::endl;
+        return false;
+    }
+    while (port_ == 0 || data_.isEmpty()) {
+        if (!process_.canReadLine() && !process_.waitForReadyRead(20000)) {
+            err << "the console did not say its port" << Qt::endl;
+            return false;
+        }
+        while (process_.canReadLine()) {
+            const QString line = QString::fromUtf8(process_.readLine()).trimmed();
+            if (line.startsWith(QStringLiteral("port ")))
+                port_ = quint16(line.mid(5).toUInt());
+            else if (line.startsWith(QStringLiteral("data ")))
+                data_ = line.mid(5);
+        }
+    }
+    return true;
+}
+
+long ConsoleProcess::residentKb() const {
+    QFile status(QStringLiteral("/proc/%1/status").arg(process_.processId()));
+    if (!status.open(QIODevice::ReadOnly | QIODevice::Text))
+        return 0;
+    for (const QByteArray& line : status.readAll().split('\n'))
+        if (line.startsWith("VmRSS:"))
+            return line.mid(6).simplified().split(' ').value(0).toLong();
+    return 0;
+}
+
+int connectTo(quint16 port, const char* local) {
+    const int fd = ::socket(AF_INET, SOCK_STREAM, 0);
+    if (fd < 0)
+        return -1;
+    const int one = 1;
+    ::setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+    sockaddr_in from{};
+    from.sin_family = AF_INET;
+    ::inet_pton(AF_INET, local, &from.sin_addr);
+    sockaddr_in to{};
+    to.sin_family = AF_INET;
+    to.sin_port = htons(port);
+    ::inet_pton(AF_INET, "127.0.0.1", &to.sin_addr);
+    if (::bind(fd, reinterpret_cast<sockaddr*>(&from), sizeof from) != 0 ||
+        ::connect(fd, reinterpret_cast<sockaddr*>(&to), sizeof to) != 0) {
+        ::close(fd);
+        return -1;
+    }
+    return fd;
+}
+
+bool readExactly(int fd, char* buffer, size_t expected) {
+    size_t got = 0;
+    while (got < expected) {
+        const ssize_t n = ::recv(fd, buffer + got, expected - got, 0);
+        if (n <= 0)
+            return false;
+        got += size_t(n);
+    }
+    return true;
+}
+
+QString Latencies::summary() {
+    if (micros.empty())
+        return QStringLiteral("no requests");
+    std::sort(micros.begin(), micros.end());
+    auto at = [&](double q) {
+        return micros[std::min(micros.size() - 1, size_t(q * double(micros.size())))];
+    };
+    return QStringLiteral("%1 requests; p50 %2 us, p90 %3 us, p99 %4 us, max %5 us")
+        .arg(micros.size())
+        .arg(at(0.50), 0, 'f', 1)
+        .arg(at(0.90), 0, 'f', 1)
+        .arg(at(0.99), 0, 'f', 1)
+        .arg(micros.back(), 0, 'f', 1);
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QProcess>
+#include <QString>
+
+#include <chrono>
+#include <vector>
+
+// The headless console (tarvo-bench-console) in a process of its own, so that what a
+// benchmark measures is a reply crossing real sockets between two processes.
+class ConsoleProcess {
+public:
+    ~ConsoleProcess();
+    // Starts it with this many terminals; false, said on stderr, when it does not come up.
+    bool start(int terminals);
+    quint16 port() const { return port_; }
+    QString dataFolder() const { return data_; }
+    // The console process's resident memory in kB, 0 when unknown.
+    long residentKb() const;
+
+private:
+    QProcess process_;
+    quint16 port_ = 0;
+    QString data_;
+};
+
+// A blocking loopback connection with Nagle off, bound to `local` (e.g. "127.0.0.5").
+// -1 when it cannot connect.
+int connectTo(quint16 port, const char* local = "127.0.0.1");
+// Reads until `expected` bytes have arrived; false on error or end of stream.
+bool readExactly(int fd, char* buffer, size_t expected);
+
+// Round-trip times in microseconds and how they are printed.
+struct Latencies {
+    std::vector<double> micros;
+    void add(std::chrono::steady_clock::duration d) {
+        micros.push_back(std::chrono::duration<double, std::micro>(d).count());
+    }
+    // "n requests; p50 x us, p90 y us, p99 z us, max w us"
+    QString summary();
+};
