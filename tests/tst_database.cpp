@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -325,6 +326,60 @@ private Q_SLOTS:
         DbSession s(copy);
         auto q = s.run("SELECT TrmIP FROM SrvIPTable");
         QCOMPARE(readAll(q), QStringList{"10.0.0.1"});
+    }
+
+    // A sum over a range of dates, of one type in any letter case or of all, reads an index
+    // alone: in a new file, and in one prepared with the earlier revenue indexes.
+    void revenueSumFromIndex_data() {
+        QTest::addColumn<bool>("earlier");
+        QTest::addColumn<QString>("type"); // empty: every type
+        QTest::addColumn<double>("sum");
+        QTest::newRow("one type") << false << "Games_Rentals" << 30.0;
+        QTest::newRow("every type") << false << "" << 35.0;
+        QTest::newRow("one type, earlier file") << true << "Games_Rentals" << 30.0;
+        QTest::newRow("every type, earlier file") << true << "" << 35.0;
+    }
+    void revenueSumFromIndex() {
+        QFETCH(bool, earlier);
+        QFETCH(QString, type);
+        QFETCH(double, sum);
+        Store st;
+        if (earlier) {
+            QVERIFY(sqliteTool(st.db.path(),
+                               "DROP INDEX tarvo_revenue_sum; DROP INDEX tarvo_revenue_type_sum; "
+                               "CREATE INDEX tarvo_revenue_day ON TmpRvnD (Rdate, rtype COLLATE "
+                               "NOCASE); CREATE INDEX tarvo_revenue_type ON TmpRvnD (rtype COLLATE "
+                               "NOCASE, Rdate);"));
+            st.db.prepare();
+        }
+        QCOMPARE(sqliteTool(st.db.path(), "SELECT group_concat(name, ' ') FROM (SELECT name FROM "
+                                          "sqlite_master WHERE name LIKE 'tarvo_revenue%' ORDER "
+                                          "BY name)"),
+                 "tarvo_revenue_sum tarvo_revenue_type_sum");
+
+        const QDate first(2026, 3, 1), last(2026, 3, 30);
+        DbSession s(st.db);
+        for (const auto& [day, kind, amount] :
+             {std::tuple{first.addDays(-1), "GAMES_RENTALS", 1000},
+              {first, "GAMES_RENTALS", 10},
+              {first.addDays(14), "games_rentals", 20},
+              {last, "SERVICE", 5},
+              {last.addDays(1), "GAMES_RENTALS", 2000}})
+            s.run("INSERT INTO TmpRvnD (Rdate, rtype, Amount) VALUES (?, ?, ?)",
+                  {day, kind, amount});
+        QString sql = "SELECT sum(Amount) FROM TmpRvnD WHERE Rdate >= ? AND Rdate <= ?";
+        QVariantList values{first, last};
+        if (!type.isEmpty()) {
+            sql += " AND rtype = ? COLLATE NOCASE";
+            values << type;
+        }
+        auto plan = s.run("EXPLAIN QUERY PLAN " + sql, values);
+        QVERIFY(plan.next());
+        QVERIFY2(plan.value(3).toString().contains("COVERING INDEX"),
+                 qPrintable(plan.value(3).toString()));
+        auto q = s.run(sql, values);
+        QVERIFY(q.next());
+        QCOMPARE(q.value(0).toDouble(), sum);
     }
 
     // Another program's file in WAL mode is refused without a byte of it changed.
