@@ -1,10 +1,17 @@
 #include "store/database.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QSqlError>
 #include <QSqlRecord>
 
-#include <atomic>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+#include <vector>
 
 namespace {
 
@@ -51,26 +58,346 @@ const QList<TableDef>& tables() {
 
 // One index per look-up the console makes. Text keys carry NOCASE so that a file made
 // by another tool, whose columns compare exactly, is still searched without regard to
-// case and still through its index.
+// case and still through its index. The revenue indexes end with the amount, so that a
+// sum over a range of dates is read from the index alone; SQLite prefers the type index
+// when a type is given, so both carry it.
 const char* const indexStatements[] = {
     ("CREATE INDEX IF NOT EXISTS tarvo_templog_day ON templog (datelog, CID COLLATE NOCASE, "
      "StartTime COLLATE NOCASE)"),
-    "CREATE INDEX IF NOT EXISTS tarvo_revenue_day ON TmpRvnD (Rdate, rtype COLLATE NOCASE)",
-    "CREATE INDEX IF NOT EXISTS tarvo_revenue_type ON TmpRvnD (rtype COLLATE NOCASE, Rdate)",
+    "CREATE INDEX IF NOT EXISTS tarvo_revenue_sum ON TmpRvnD (Rdate, rtype COLLATE NOCASE, Amount)",
+    ("CREATE INDEX IF NOT EXISTS tarvo_revenue_type_sum ON TmpRvnD (rtype COLLATE NOCASE, Rdate, "
+     "Amount)"),
     "CREATE INDEX IF NOT EXISTS tarvo_ip_address ON SrvIPTable (TrmIP COLLATE NOCASE)",
     "CREATE INDEX IF NOT EXISTS tarvo_ip_socket ON SrvIPTable (SKIndex)",
     "CREATE INDEX IF NOT EXISTS tarvo_ip_pc ON SrvIPTable (PCno)",
     "CREATE INDEX IF NOT EXISTS tarvo_members_id ON members (CID COLLATE NOCASE)",
     "CREATE INDEX IF NOT EXISTS tarvo_users_name ON sysusers (\"user\" COLLATE NOCASE)",
+    // Earlier indexes, each the leading part of one above: only extra work for every write.
+    "DROP INDEX IF EXISTS tarvo_revenue_day",
+    "DROP INDEX IF EXISTS tarvo_revenue_type",
 };
 
 QString fileLabel(const QString& path) {
     return QFileInfo(path).fileName();
 }
 
+QString missingText(const QString& path) {
+    return QStringLiteral("The database file %1 is missing.").arg(path);
+}
+
+// What tells one file from another at the same path, and a file from itself after a write.
+struct FileIdentity {
+    dev_t device = 0;
+    ino_t inode = 0;
+    off_t size = -1; // -1: no file known
+    qint64 modifiedNs = 0;
+
+    bool sameFile(const FileIdentity& other) const {
+        return device == other.device && inode == other.inode;
+    }
+    bool operator==(const FileIdentity&) const = default;
+};
+
+std::optional<FileIdentity> identityOf(const QByteArray& path) {
+    struct stat st {};
+    if (::stat(path.constData(), &st) != 0)
+        return std::nullopt;
+    return FileIdentity{st.st_dev, st.st_ino, st.st_size,
+                        qint64(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec};
+}
+
+// A query that shares its result with `q`: the caller reads the cached statement's rows,
+// and the cache can still reset it when the operation ends. Qt deprecates copying a query
+// because copies are not independent; here that sharing is the point.
+QT_WARNING_PUSH
+QT_WARNING_DISABLE_DEPRECATED
+QSqlQuery sharedWith(const QSqlQuery& q) {
+    return q;
+}
+QT_WARNING_POP
+
+// A SELECT whose rows have not all been read still holds the file's shared lock, and
+// running its statement again would take the rows from under whoever reads them.
+bool stillReading(const QSqlQuery& q) {
+    return q.isActive() && q.isSelect() && q.at() != QSql::AfterLastRow;
+}
+
+// A connection of its own, with nothing set on it, for looking at a file that may yet be
+// refused: the kept connection switches the journal mode when it opens, which would write
+// to a file in WAL mode.
+class ScratchConnection {
+public:
+    explicit ScratchConnection(const QString& path) {
+        static quint64 serial = 0;
+        name_ = QStringLiteral("tarvo-look-%1").arg(++serial);
+        db_ = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name_);
+        db_.setDatabaseName(path);
+        db_.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
+        if (!db_.open()) {
+            const QString why = db_.lastError().text();
+            release();
+            throw StoreError(QStringLiteral("The database file %1 cannot be opened: %2")
+                                 .arg(path, why)
+                                 .toStdString());
+        }
+    }
+    ~ScratchConnection() { release(); }
+    ScratchConnection(const ScratchConnection&) = delete;
+    ScratchConnection& operator=(const ScratchConnection&) = delete;
+
+    // Every row of a statement, its values in order.
+    QList<QVariantList> rows(const QString& sql) {
+        QSqlQuery q(db_);
+        q.setForwardOnly(true);
+        if (!q.exec(sql))
+            throw StoreError(q.lastError().text().toStdString());
+        QList<QVariantList> out;
+        while (q.next()) {
+            QVariantList row;
+            for (int i = 0; i < q.record().count(); ++i)
+                row << q.value(i);
+            out << row;
+        }
+        if (q.lastError().isValid())
+            throw StoreError(q.lastError().text().toStdString());
+        return out;
+    }
+
+private:
+    void release() {
+        db_.close();
+        db_ = QSqlDatabase();
+        QSqlDatabase::removeDatabase(name_);
+    }
+
+    QString name_;
+    QSqlDatabase db_;
+};
+
+// The tables of the file, by lower-case name; throws the refusals of a file the console
+// must not touch.
+QStringList inspect(const QString& path) {
+    ScratchConnection c(path);
+    QStringList present;
+    try {
+        for (const auto& row : c.rows(QStringLiteral("SELECT name FROM sqlite_master "
+                                                     "WHERE type = 'table'")))
+            present << row.value(0).toString().toLower();
+    } catch (const StoreError& e) {
+        throw StoreError(QStringLiteral("%1 is damaged or is not a Tarvo QRB database (%2). "
+                                        "It was left as it is.")
+                             .arg(path, e.text())
+                             .toStdString());
+    }
+
+    int ours = 0;
+    for (const auto& t : tables())
+        ours += present.contains(QString::fromLatin1(t.name).toLower());
+    if (ours == 0 && !present.isEmpty())
+        throw StoreError(QStringLiteral("%1 belongs to another program: it has none of the "
+                                        "console's tables. It was left as it is.")
+                             .arg(path)
+                             .toStdString());
+
+    // Every column the console uses must be there before anything is added.
+    for (const auto& t : tables()) {
+        const QString name = QString::fromLatin1(t.name);
+        if (!present.contains(name.toLower()))
+            continue;
+        QStringList columns;
+        for (const auto& row : c.rows(QStringLiteral("PRAGMA table_info(\"%1\")").arg(name)))
+            columns << row.value(1).toString().toLower();
+        for (const auto& column : t.names)
+            if (!columns.contains(column.toLower()))
+                throw StoreError(QStringLiteral("%1: the table %2 has no column %3. The file was "
+                                                "left as it is.")
+                                     .arg(fileLabel(path), name, column)
+                                     .toStdString());
+    }
+    return present;
+}
+
 } // namespace
 
-Database::Database(const AppFolder& folder) : path_(folder.file(QString::fromLatin1(FileName))) {}
+// The kept connection, its statements and the state of the operation in progress.
+struct Database::Connection {
+    struct Statement {
+        Statement(const QString& text, const QSqlDatabase& db) : sql(text), query(db) {}
+        QString sql;
+        QSqlQuery query;
+        qsizetype values = 0;  // how many values it is run with
+        quint64 operation = 0; // the last operation that used it
+        bool keep = true;      // false: dropped when the operation ends
+    };
+
+    // Beyond these, statements are not kept past their operation: a loop that keeps a
+    // query of each pass unread must not grow the cache without end.
+    static constexpr size_t KeptPerText = 4;
+    static constexpr size_t KeptTexts = 256;
+
+    explicit Connection(const QString& file) : path(file), localPath(QFile::encodeName(file)) {
+        static quint64 serial = 0;
+        name = QStringLiteral("tarvo-%1").arg(++serial);
+    }
+    ~Connection() {
+        close();
+        if (db.isValid()) {
+            db = QSqlDatabase();
+            QSqlDatabase::removeDatabase(name);
+        }
+    }
+
+    QString path;
+    QByteArray localPath;
+    QString name;
+    QSqlDatabase db;
+    FileIdentity opened; // the file the connection has open
+    FileIdentity seen;   // that file as the last operation left it
+    std::unordered_map<QString, std::vector<std::unique_ptr<Statement>>> statements;
+    std::vector<Statement*> used; // by the operation in progress
+    int sessions = 0;             // alive; the first one began the operation
+    quint64 operation = 0;        // the operation in progress, or the last one
+    int transactions = 0;         // levels open: a transaction and its savepoints
+    bool rollBackAtEnd = false;   // a transaction no session answers for may be open
+
+    void startOperation() {
+        const auto now = identityOf(localPath);
+        if (!now) {
+            close();
+            throw StoreError(missingText(path).toStdString());
+        }
+        if (!db.isOpen() || *now != seen) {
+            close();
+            open(*now);
+        }
+        ++operation;
+    }
+
+    void endOperation() {
+        const std::vector<Statement*> done = std::move(used);
+        used.clear();
+        for (Statement* s : done)
+            s->query.finish();
+        for (Statement* s : done)
+            if (!s->keep)
+                drop(s);
+        if (transactions > 0 || rollBackAtEnd) {
+            // A transaction the operation left open would keep the file locked.
+            try {
+                control(QStringLiteral("ROLLBACK"));
+            } catch (const StoreError&) {
+                // none was open
+            }
+            transactions = 0;
+            rollBackAtEnd = false;
+        }
+        if (statements.size() > KeptTexts)
+            statements.clear();
+        // Our own writes change the size and time; a file that took the place of ours
+        // during the operation is opened at the next one.
+        const auto now = identityOf(localPath);
+        seen = now && now->sameFile(opened) ? *now : FileIdentity();
+    }
+
+    void open(const FileIdentity& file) {
+        if (!db.isValid()) {
+            db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+            db.setDatabaseName(path);
+            db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
+        }
+        if (!db.open())
+            throw StoreError(QStringLiteral("The database file %1 cannot be opened: %2")
+                                 .arg(path, db.lastError().text())
+                                 .toStdString());
+        try {
+            control(QStringLiteral("PRAGMA synchronous = FULL"));
+            control(QStringLiteral("PRAGMA journal_mode = DELETE"));
+        } catch (const StoreError&) {
+            db.close();
+            throw;
+        }
+        opened = seen = file;
+    }
+
+    void close() {
+        used.clear();
+        statements.clear(); // before the connection: a statement must not outlive it
+        if (db.isOpen())
+            db.close();
+        transactions = 0;
+        rollBackAtEnd = false;
+        seen = FileIdentity();
+    }
+
+    // A prepared statement for `sql` that no one is still reading: the query of a session
+    // further up the call stack, or one of this session still in use, is left alone and
+    // another statement is prepared beside it.
+    Statement& statementFor(const QString& sql, qsizetype values) {
+        auto& list = statements[sql];
+        for (const auto& s : list) {
+            if (s->values != values || (s->operation == operation && stillReading(s->query)))
+                continue;
+            if (s->operation != operation) {
+                s->operation = operation;
+                used.push_back(s.get());
+            }
+            return *s;
+        }
+        auto s = std::make_unique<Statement>(sql, db);
+        s->query.setForwardOnly(true);
+        if (!s->query.prepare(sql)) {
+            const QString why = s->query.lastError().text();
+            if (list.empty())
+                statements.erase(sql);
+            throw StoreError(why.toStdString());
+        }
+        s->values = values;
+        s->operation = operation;
+        s->keep = list.size() < KeptPerText;
+        used.push_back(s.get());
+        list.push_back(std::move(s));
+        return *list.back();
+    }
+
+    // After a failure: the statement is not trusted again.
+    void drop(Statement* s) {
+        used.erase(std::remove(used.begin(), used.end(), s), used.end());
+        const auto it = statements.find(s->sql);
+        if (it == statements.end())
+            return;
+        auto& list = it->second;
+        list.erase(std::remove_if(list.begin(), list.end(),
+                                  [s](const auto& kept) { return kept.get() == s; }),
+                   list.end());
+        if (list.empty())
+            statements.erase(it);
+    }
+
+    // Runs one statement of the connection's own: settings and transaction control. The
+    // query is gone on return, so it holds nothing.
+    void control(const QString& sql) {
+        QSqlQuery q(db);
+        if (!q.exec(sql))
+            throw StoreError(q.lastError().text().toStdString());
+    }
+};
+
+Database::Database(const AppFolder& folder)
+    : path_(folder.file(QString::fromLatin1(FileName))),
+      connection_(std::make_unique<Connection>(path_)) {}
+
+Database::Database(const Database& other)
+    : path_(other.path_), connection_(std::make_unique<Connection>(path_)) {}
+
+Database& Database::operator=(const Database& other) {
+    if (this != &other) {
+        path_ = other.path_;
+        connection_ = std::make_unique<Connection>(path_);
+    }
+    return *this;
+}
+
+Database::~Database() = default;
 
 void Database::prepare() const {
     const bool existed = QFileInfo::exists(path_);
@@ -85,100 +412,92 @@ void Database::prepare() const {
                                  .toStdString());
     }
 
-    DbSession s(*this);
-    QStringList present;
-    try {
-        auto q = s.run(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"));
-        while (q.next())
-            present << q.value(0).toString().toLower();
-    } catch (const StoreError& e) {
-        throw StoreError(QStringLiteral("%1 is damaged or is not a Tarvo QRB database (%2). "
-                                        "It was left as it is.")
-                             .arg(path_, e.text())
-                             .toStdString());
-    }
-
-    int ours = 0;
-    for (const auto& t : tables())
-        ours += present.contains(QString::fromLatin1(t.name).toLower());
-    if (ours == 0 && !present.isEmpty())
-        throw StoreError(QStringLiteral("%1 belongs to another program: it has none of the "
-                                        "console's tables. It was left as it is.")
-                             .arg(path_)
-                             .toStdString());
-
-    // Every column the console uses must be there before anything is added.
-    for (const auto& t : tables()) {
-        const QString name = QString::fromLatin1(t.name);
-        if (!present.contains(name.toLower()))
-            continue;
-        QStringList columns;
-        auto q = s.run(QStringLiteral("PRAGMA table_info(\"%1\")").arg(name));
-        while (q.next())
-            columns << q.value(1).toString().toLower();
-        for (const auto& c : t.names)
-            if (!columns.contains(c.toLower()))
-                throw StoreError(QStringLiteral("%1: the table %2 has no column %3. The file was "
-                                                "left as it is.")
-                                     .arg(fileLabel(path_), name, c)
-                                     .toStdString());
-    }
-
+    const QStringList present = inspect(path_);
     const bool fresh = present.isEmpty();
-    s.db().transaction();
-    try {
-        for (const auto& t : tables())
-            if (!present.contains(QString::fromLatin1(t.name).toLower()))
-                s.run(QStringLiteral("CREATE TABLE \"%1\" (%2)")
-                          .arg(QString::fromLatin1(t.name), QString::fromLatin1(t.columns)));
-        for (const char* sql : indexStatements)
-            s.run(QString::fromLatin1(sql));
-        if (fresh)
-            s.run(QStringLiteral("INSERT INTO rates (RPH, mina, mint) VALUES (?, ?, ?)"),
-                  {20, 10.00, 30});
-        if (!s.db().commit())
-            throw StoreError(s.db().lastError().text().toStdString());
-    } catch (...) {
-        s.db().rollback();
-        throw;
-    }
+    DbSession s(*this);
+    s.begin();
+    for (const auto& t : tables())
+        if (!present.contains(QString::fromLatin1(t.name).toLower()))
+            s.run(QStringLiteral("CREATE TABLE \"%1\" (%2)")
+                      .arg(QString::fromLatin1(t.name), QString::fromLatin1(t.columns)));
+    for (const char* sql : indexStatements)
+        s.run(QString::fromLatin1(sql));
+    if (fresh)
+        s.run(QStringLiteral("INSERT INTO rates (RPH, mina, mint) VALUES (?, ?, ?)"),
+              {20, 10.00, 30});
+    s.commit();
 }
 
-DbSession::DbSession(const Database& database) {
-    static std::atomic<quint64> serial{0};
-    name_ = QStringLiteral("tarvo-%1").arg(++serial);
-    if (!QFileInfo::exists(database.path()))
-        throw StoreError(
-            QStringLiteral("The database file %1 is missing.").arg(database.path()).toStdString());
-    db_ = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name_);
-    db_.setDatabaseName(database.path());
-    db_.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
-    if (!db_.open()) {
-        const QString why = db_.lastError().text();
-        db_ = QSqlDatabase();
-        QSqlDatabase::removeDatabase(name_);
-        throw StoreError(QStringLiteral("The database file %1 cannot be opened: %2")
-                             .arg(database.path(), why)
-                             .toStdString());
-    }
+DbSession::DbSession(const Database& database) : connection_(*database.connection_) {
+    if (connection_.sessions == 0)
+        connection_.startOperation();
+    ++connection_.sessions;
 }
 
 DbSession::~DbSession() {
-    db_.close();
-    db_ = QSqlDatabase();
-    QSqlDatabase::removeDatabase(name_);
+    try {
+        rollback();
+    } catch (const StoreError&) {
+        // The operation's end rolls back whatever is still open.
+    }
+    if (--connection_.sessions == 0)
+        connection_.endOperation();
 }
 
 QSqlQuery DbSession::run(const QString& sql, const QVariantList& values) {
-    QSqlQuery q(db_);
-    q.setForwardOnly(true);
-    if (!q.prepare(sql))
-        throw StoreError(q.lastError().text().toStdString());
-    for (const auto& v : values)
-        q.addBindValue(v);
-    if (!q.exec())
-        throw StoreError(q.lastError().text().toStdString());
-    return q;
+    auto& statement = connection_.statementFor(sql, values.size());
+    for (qsizetype i = 0; i < values.size(); ++i)
+        statement.query.bindValue(int(i), values[i]);
+    if (!statement.query.exec()) {
+        const QString why = statement.query.lastError().text();
+        connection_.drop(&statement);
+        throw StoreError(why.toStdString());
+    }
+    return sharedWith(statement.query);
+}
+
+QSqlDatabase& DbSession::db() {
+    connection_.rollBackAtEnd = true;
+    return connection_.db;
+}
+
+void DbSession::begin() {
+    if (transaction_ > 0)
+        throw StoreError("This session has a transaction open already.");
+    const int level = connection_.transactions + 1;
+    connection_.control(level == 1 ? QStringLiteral("BEGIN IMMEDIATE")
+                                   : QStringLiteral("SAVEPOINT tarvo_%1").arg(level));
+    connection_.transactions = transaction_ = level;
+}
+
+void DbSession::commit() {
+    if (transaction_ == 0)
+        throw StoreError("There is no transaction to commit.");
+    connection_.control(transaction_ == 1 ? QStringLiteral("COMMIT")
+                                          : QStringLiteral("RELEASE tarvo_%1").arg(transaction_));
+    connection_.transactions = transaction_ - 1;
+    transaction_ = 0;
+}
+
+void DbSession::rollback() {
+    if (transaction_ == 0)
+        return;
+    const int level = transaction_;
+    // Whatever happens next, this session's transaction is over; the operation's end rolls
+    // back a transaction a failed statement left open.
+    connection_.transactions = level - 1;
+    transaction_ = 0;
+    try {
+        if (level == 1) {
+            connection_.control(QStringLiteral("ROLLBACK"));
+        } else {
+            connection_.control(QStringLiteral("ROLLBACK TO tarvo_%1").arg(level));
+            connection_.control(QStringLiteral("RELEASE tarvo_%1").arg(level));
+        }
+    } catch (const StoreError&) {
+        connection_.rollBackAtEnd = true;
+        throw;
+    }
 }
 
 bool isYes(const QVariant& value) {
