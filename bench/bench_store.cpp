@@ -1,7 +1,7 @@
 // How storage holds up after years of use: fills a database with a year of session rows
 // and three years of revenue rows, then times what the console does against it at
-// start-up (restoring today's sessions) and on every terminal message (one look-up,
-// opening and closing the file around it).
+// start-up (restoring today's sessions) and on every terminal message (one look-up on the
+// kept connection, with the file's identity checked first).
 #include "base/app_folder.h"
 #include "base/clock.h"
 #include "base/prompts.h"
@@ -212,10 +212,10 @@ int main(int argc, char** argv) {
         std::printf("file size: %.1f MB\n", double(QFileInfo(db.path()).size()) / 1048576.0);
         std::printf("restore today's sessions: median %.0f us of 20 runs (%d rows restored)\n",
                     restoreMedian, restored);
-        std::printf("open-run-close look-up (today's rental sum): median %.0f us of 200 runs "
+        std::printf("look-up (today's rental sum): median %.0f us of 200 runs "
                     "(sum %.2f)\n",
                     lookupMedian, todaysRentals);
-        std::printf("open-run-close SocketOfPc: median %.0f us of 200 runs (PC %d -> %d)\n",
+        std::printf("socketOfPc: median %.0f us of 200 runs (PC %d -> %d)\n",
                     socketMedian, pc, socket);
         printPlan(db, "restore",
                   QStringLiteral("SELECT CID FROM templog WHERE datelog = ? AND "
