@@ -1,3 +1,4 @@
+#include "host_actions.h"
 #include "protocol/protocol.h"
 #include "support/console_fixture.h"
 #include "support/terminal_probe.h"
@@ -21,7 +22,7 @@ class TerminalClientTest : public QObject {
         bool up(int pc) {
             fx.start();
             client.connectToConsole("127.0.0.1", console().server().port());
-            return !client.waitFor("ACPT").isEmpty() &&
+            return !client.waitFor(Msg::accept()).isEmpty() &&
                    TerminalProbe(console()).identify(client, pc);
         }
     };
@@ -57,14 +58,60 @@ private Q_SLOTS:
         Pair pair;
         QVERIFY(pair.up(6));
         QSignalSpy spy(&pair.client, &TerminalClient::systemRequest);
-        const L requests{Msg::logOff(), Msg::restart(), Msg::shutDown(),
-                         Msg::killProcess("tst_terminal_client")};
-        for (const QByteArray& m : requests) {
-            QVERIFY(pair.console().control().sendToPc(6, m));
-            QTRY_COMPARE(spy.size(), requests.indexOf(m) + 1);
-            QCOMPARE(spy.last().at(0).toByteArray(), m);
+        // Each request, and the start of what it would do here.
+        const QList<std::pair<QByteArray, QString>> requests{
+            {Msg::logOff(), "loginctl terminate-user "},
+            {Msg::restart(), "systemctl reboot"},
+            {Msg::shutDown(), "systemctl poweroff"},
+            {Msg::killProcess("tst_terminal_client"),
+             "end the processes named \"tst_terminal_client\" of user "},
+        };
+        for (const auto& [message, action] : requests) {
+            QVERIFY(pair.console().control().sendToPc(6, message));
+            QTRY_COMPARE(spy.size(), requests.indexOf({message, action}) + 1);
+            QCOMPARE(spy.last().at(0).toByteArray(), message);
+            QVERIFY2(spy.last().at(1).toString().startsWith(action),
+                     qPrintable(spy.last().at(1).toString()));
             QCOMPARE(spy.last().at(2).toBool(), false);
         }
+    }
+
+    // Whatever the picture's size, its bitmap begins "BM6" (how the console knows a
+    // snapshot's first piece) and is the same picture; its pieces are 8192 bytes, but
+    // the last, which ends in "Close".
+    void snapshotBitmapAndItsPieces_data() {
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("one pixel") << QSize(1, 1);
+        QTest::newRow("rows padded to four bytes") << QSize(3, 2);
+        QTest::newRow("odd width") << QSize(101, 7);
+        QTest::newRow("screen") << QSize(1024, 600);
+        QTest::newRow("no picture") << QSize();
+    }
+    void snapshotBitmapAndItsPieces() {
+        QFETCH(QSize, size);
+        QImage picture(size, QImage::Format_RGB32);
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                picture.setPixel(x, y, qRgb(x * 37 % 256, y * 91 % 256, (x ^ y) % 256));
+        const QByteArray bitmap = HostActions::encodeBitmap(picture);
+
+        QVERIFY(bitmap.startsWith("BM6"));
+        QCOMPARE(qFromLittleEndian<quint32>(bitmap.constData() + 2), quint32(bitmap.size()));
+        const QImage decoded =
+            QImage::fromData(bitmap, "BMP").convertToFormat(QImage::Format_RGB32);
+        if (picture.isNull()) {
+            QCOMPARE(decoded.size(), QSize(1, 1));
+        } else {
+            QCOMPARE(decoded.size(), picture.size());
+            QCOMPARE(decoded, picture);
+        }
+
+        const L pieces = HostActions::snapshotPieces(bitmap);
+        QCOMPARE(pieces.size(), (bitmap.size() + 8191) / 8192);
+        for (qsizetype i = 0; i + 1 < pieces.size(); ++i)
+            QCOMPARE(pieces[i].size(), 8192);
+        QVERIFY(pieces.last().endsWith("Close"));
+        QCOMPARE(pieces.join().chopped(5), bitmap);
     }
 };
 
