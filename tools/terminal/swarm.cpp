@@ -12,6 +12,21 @@
 #include <memory>
 #include <vector>
 
+namespace {
+
+// A timer waits at most about 24 days at once; longer runs wait a day at a time.
+void quitAfter(qint64 ms) {
+    constexpr qint64 Day = 24 * 3600 * 1000;
+    QTimer::singleShot(int(qMin(ms, Day)), QCoreApplication::instance(), [ms] {
+        if (ms > Day)
+            quitAfter(ms - Day);
+        else
+            QCoreApplication::quit();
+    });
+}
+
+} // namespace
+
 int runSwarm(const SwarmOptions& options) {
     const int count = options.count;
     std::vector<std::unique_ptr<TerminalClient>> swarm;
@@ -59,8 +74,7 @@ int runSwarm(const SwarmOptions& options) {
     if (accepted == 0)
         return 2;
     if (options.seconds > 0)
-        QTimer::singleShot(options.seconds * 1000, QCoreApplication::instance(),
-                           &QCoreApplication::quit);
+        quitAfter(qint64(options.seconds) * 1000);
     const int code = QCoreApplication::exec();
     int connected = 0;
     for (auto& t : swarm)
