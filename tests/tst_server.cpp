@@ -1,5 +1,6 @@
 // The console's terminal server end to end: real loopback connections from the
 // terminal client, a real database file, a hand-set clock.
+#include "host_actions.h"
 #include "protocol/protocol.h"
 #include "server/session_clock.h"
 #include "support/console_fixture.h"
@@ -249,7 +250,7 @@ private Q_SLOTS:
         QImage image(100, 60, QImage::Format_RGB32);
         for (qsizetype i = 0; i < image.sizeInBytes(); ++i)
             image.bits()[i] = uchar(i * 7 + i / 251);
-        const L sent = TerminalClient::SnapshotPieces(TerminalClient::EncodeBitmap(image));
+        const L sent = HostActions::snapshotPieces(HostActions::encodeBitmap(image));
         QCOMPARE(sent.size(), 3);
         auto t = connectFrom();
         QVERIFY(t);

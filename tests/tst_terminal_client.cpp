@@ -1,10 +1,10 @@
+#include "host_actions.h"
 #include "protocol/protocol.h"
 #include "support/console_fixture.h"
 #include "support/terminal_probe.h"
 
 #include <QFile>
 #include <QImage>
-#include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QtTest>
@@ -22,99 +22,12 @@ class TerminalClientTest : public QObject {
         bool up(int pc) {
             fx.start();
             client.connectToConsole("127.0.0.1", console().server().port());
-            return !client.waitFor("ACPT").isEmpty() &&
+            return !client.waitFor(Msg::accept()).isEmpty() &&
                    TerminalProbe(console()).identify(client, pc);
         }
     };
 
-    // What SplitMessages cuts out of `reads` arriving in turn, and what it leaves waiting.
-    static L split(const L& reads, QByteArray& pending) {
-        L got;
-        for (const QByteArray& r : reads) {
-            pending += r;
-            got += TerminalClient::SplitMessages(pending);
-        }
-        return got;
-    }
-
 private Q_SLOTS:
-    // The console adds no terminator, so messages written back to back arrive joined.
-    void splitsWhatArrives_data() {
-        QTest::addColumn<L>("reads");
-        QTest::addColumn<L>("expected");
-        QTest::addColumn<QByteArray>("left");
-        const auto row = [](const char* name, const L& reads, const L& expected,
-                            const QByteArray& left = {}) {
-            QTest::newRow(name) << reads << expected << left;
-        };
-        row("close pair", {"CMTROFPS"}, {"CMTR", "OFPS"});
-        // A product list runs to ";End", whatever its items say.
-        row("product named End-something", {"RAVP Endive @ 2.00;EndCMTR"},
-            {"RAVP Endive @ 2.00;End", "CMTR"});
-        row("list across reads", {"RAVP None @ 0", ".00;", "En", "dACPT"},
-            {"RAVP None @ 0.00;End", "ACPT"});
-        row("list not finished yet", {"MSGRRAVP a;b;"}, {"MSGR"}, "RAVP a;b;");
-        // Free text runs to the next command word that begins a message.
-        row("free text up to the next word", {"TEXT hello thereCMTROFPS"},
-            {"TEXT hello there", "CMTR", "OFPS"});
-        row("command word inside free text", {"TEXT please PAUSE the game nowCMTR"},
-            {"TEXT please PAUSE the game now", "CMTR"});
-        row("time across reads", {"SM", "TR 09:0", "0:00CMTR"}, {"SMTR 09:00:00", "CMTR"});
-        row("word cut at the end waits", {"ACPTOF"}, {"ACPT"}, "OF");
-        const QByteArray junk("\x00\x01zz", 4);
-        row("garbage before a word", {junk + "ACPT"}, {junk, "ACPT"});
-        row("garbage keeps a cut word", {"xyzAC", "PT"}, {"xyzAC"}, "PT");
-        row("started word that turns to garbage", {"AC", "XY"}, {"ACXY"});
-    }
-    void splitsWhatArrives() {
-        QFETCH(L, reads);
-        QFETCH(L, expected);
-        QFETCH(QByteArray, left);
-        QByteArray pending;
-        QCOMPARE(split(reads, pending), expected);
-        QCOMPARE(pending, left);
-    }
-
-    void everyConsoleMessageSurvivesBeingJoined() {
-        const L catalogue =
-            L{} << Msg::accept() << Msg::startMeter("13:05:59") << Msg::pause(987654)
-                << Msg::pausedState() << Msg::resume("07:00:01") << Msg::bankedTime(-42)
-                << Msg::timeLimit("90") << Msg::warn("5 left") << Msg::unlock() << Msg::lock()
-                << Msg::closeMeter() << Msg::idle() << Msg::logOff() << Msg::restart()
-                << Msg::shutDown() << Msg::text("Bye now") << Msg::requestProcesses()
-                << Msg::killProcess("game.exe") << Msg::requestSnapshot() << Msg::rates(20, 30, 10)
-                << Msg::textReceived() << Msg::invalidMember() << Msg::logSuccessful()
-                << Msg::failedLog() << Msg::formLoggerLoaded() << Msg::products("Coke @ 15.00;End");
-        for (const QByteArray& first : catalogue)
-            for (const QByteArray& second : catalogue) {
-                QByteArray pending;
-                const L got = split({first + second}, pending);
-                QVERIFY2(got == (L{first, second}) && pending.isEmpty(),
-                         (first + " + " + second + " came as " + got.join('|')).constData());
-            }
-    }
-
-    // Cut at random places, the messages put back together are the stream exactly,
-    // with only an unfinished tail left waiting.
-    void nothingIsLostOrInvented() {
-        const L parts = QByteArray("ACPT|SMTR 09:00:00|PAUS|PAUS 12|SBTK @7|RAVP a;b;End|RAVP End|"
-                                   "TEXT hi|CMTR|En|SM|RAVP|@|;|\x01\xff")
-                            .split('|');
-        for (quint32 seed : {1u, 2u, 3u, 42u, 1066u}) {
-            QRandomGenerator random(seed);
-            QByteArray stream;
-            for (int i = 0; i < 400; ++i)
-                stream += parts[random.bounded(int(parts.size()))];
-            L reads;
-            for (qsizetype at = 0; at < stream.size(); at += reads.last().size())
-                reads << stream.mid(at, 1 + random.bounded(40));
-            QByteArray pending;
-            const L got = split(reads, pending);
-            QVERIFY(!got.contains(QByteArray()));
-            QCOMPARE(got.join() + pending, stream);
-        }
-    }
-
     void answersProcessRequestWithItsOwnProcesses() {
         Pair pair;
         QVERIFY(pair.up(2));
@@ -145,14 +58,60 @@ private Q_SLOTS:
         Pair pair;
         QVERIFY(pair.up(6));
         QSignalSpy spy(&pair.client, &TerminalClient::systemRequest);
-        const L requests{Msg::logOff(), Msg::restart(), Msg::shutDown(),
-                         Msg::killProcess("tst_terminal_client")};
-        for (const QByteArray& m : requests) {
-            QVERIFY(pair.console().control().sendToPc(6, m));
-            QTRY_COMPARE(spy.size(), requests.indexOf(m) + 1);
-            QCOMPARE(spy.last().at(0).toByteArray(), m);
+        // Each request, and the start of what it would do here.
+        const QList<std::pair<QByteArray, QString>> requests{
+            {Msg::logOff(), "loginctl terminate-user "},
+            {Msg::restart(), "systemctl reboot"},
+            {Msg::shutDown(), "systemctl poweroff"},
+            {Msg::killProcess("tst_terminal_client"),
+             "end the processes named \"tst_terminal_client\" of user "},
+        };
+        for (const auto& [message, action] : requests) {
+            QVERIFY(pair.console().control().sendToPc(6, message));
+            QTRY_COMPARE(spy.size(), requests.indexOf({message, action}) + 1);
+            QCOMPARE(spy.last().at(0).toByteArray(), message);
+            QVERIFY2(spy.last().at(1).toString().startsWith(action),
+                     qPrintable(spy.last().at(1).toString()));
             QCOMPARE(spy.last().at(2).toBool(), false);
         }
+    }
+
+    // Whatever the picture's size, its bitmap begins "BM6" (how the console knows a
+    // snapshot's first piece) and is the same picture; its pieces are 8192 bytes, but
+    // the last, which ends in "Close".
+    void snapshotBitmapAndItsPieces_data() {
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("one pixel") << QSize(1, 1);
+        QTest::newRow("rows padded to four bytes") << QSize(3, 2);
+        QTest::newRow("odd width") << QSize(101, 7);
+        QTest::newRow("screen") << QSize(1024, 600);
+        QTest::newRow("no picture") << QSize();
+    }
+    void snapshotBitmapAndItsPieces() {
+        QFETCH(QSize, size);
+        QImage picture(size, QImage::Format_RGB32);
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                picture.setPixel(x, y, qRgb(x * 37 % 256, y * 91 % 256, (x ^ y) % 256));
+        const QByteArray bitmap = HostActions::encodeBitmap(picture);
+
+        QVERIFY(bitmap.startsWith("BM6"));
+        QCOMPARE(qFromLittleEndian<quint32>(bitmap.constData() + 2), quint32(bitmap.size()));
+        const QImage decoded =
+            QImage::fromData(bitmap, "BMP").convertToFormat(QImage::Format_RGB32);
+        if (picture.isNull()) {
+            QCOMPARE(decoded.size(), QSize(1, 1));
+        } else {
+            QCOMPARE(decoded.size(), picture.size());
+            QCOMPARE(decoded, picture);
+        }
+
+        const L pieces = HostActions::snapshotPieces(bitmap);
+        QCOMPARE(pieces.size(), (bitmap.size() + 8191) / 8192);
+        for (qsizetype i = 0; i + 1 < pieces.size(); ++i)
+            QCOMPARE(pieces[i].size(), 8192);
+        QVERIFY(pieces.last().endsWith("Close"));
+        QCOMPARE(pieces.join().chopped(5), bitmap);
     }
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host_actions.h"
+
 #include <QByteArray>
 #include <QHostAddress>
 #include <QList>
@@ -10,19 +12,14 @@
 
 #include <functional>
 
-class QImage;
 class QTimer;
 
 // The terminal's end of the console connection: identifies the PC, sends every
-// terminal-to-console message, and cuts what arrives back into console messages.
-//
-// The console adds no terminator or length to what it sends, so two messages written
-// back to back may arrive in one read ("CMTR" and "OFPS" as "CMTROFPS"). The client
-// tells them apart by the console's command words and the known shape of each message.
+// terminal-to-console message, cuts what arrives back into console messages and keeps
+// them for whoever waits on them. Requests for this machine go to its HostActions.
 class TerminalClient : public QObject {
     Q_OBJECT
 public:
-    static constexpr int SnapshotPieceSize = 8192;
     static constexpr int DefaultTimeoutMs = 5000;
 
     explicit TerminalClient(QObject* parent = nullptr);
@@ -30,10 +27,10 @@ public:
 
     void setPcNumber(int pc) { pc_ = pc; }
     int pcNumber() const { return pc_; }
-    // When set, "LGOF", "RSTR", "PTAY" and "KLPR " are carried out on this machine;
-    // otherwise they are only reported through systemRequest().
-    void setObey(bool obey) { obey_ = obey; }
-    // Answer "RQPR" and "SNPS" by itself (on by default).
+    // When set, log-off, restart, shut-down and end-process requests are carried out on
+    // this machine; otherwise they are only reported through systemRequest().
+    void setObey(bool obey) { host_.setObey(obey); }
+    // Answer process and snapshot requests by itself (on by default).
     void setAutoAnswer(bool on) { autoAnswer_ = on; }
     // Pause between snapshot pieces, so that the console reads each piece as one
     // message; 0 sends the next piece as soon as the previous one has left.
@@ -56,20 +53,21 @@ public:
     QTcpSocket& socket() { return socket_; }
     QString lastError() const { return socket_.errorString(); }
 
-    // Terminal-to-console messages.
-    void sendRaw(const QByteArray& message);
-    void identify();                                // "AIP" + PC number
-    void requestLogOnDialog();                      // "Loa"
-    void logIn(const QString& payload);             // "LOG id:name;pc"
-    void checkMember(const QString& payload);       // "CHK id:name;pc"
-    void requestRates();                            // "RTS"
-    void sendText(const QString& text);             // "TXT text"
-    void requestProducts();                         // "PLS"
-    void sendAlert(const QString& text);            // "EMT text"
-    void sendProcessList(const QStringList& items); // "APL " + each item + ";"
-    // Sends the bitmap in pieces of SnapshotPieceSize bytes, "Close" after the last,
-    // one piece at a time (each waits until the previous one has left).
-    void sendSnapshot(const QByteArray& bitmap);
+    // Terminal-to-console messages, each written at once as one send; each returns the
+    // message as sent.
+    QByteArray sendRaw(const QByteArray& message);
+    QByteArray identify(); // as the PC number set
+    QByteArray requestLogOnDialog();
+    QByteArray logIn(const QString& payload); // id ":" name ";" PC number
+    QByteArray checkMember(const QString& payload);
+    QByteArray requestRates();
+    QByteArray sendText(const QString& text);
+    QByteArray requestProducts();
+    QByteArray sendAlert(const QString& text);
+    QByteArray sendProcessList(const QStringList& items);
+    // Sends the bitmap in its snapshot pieces, one at a time (each waits until the
+    // previous one has left); returns how many pieces it makes.
+    qsizetype sendSnapshot(const QByteArray& bitmap);
     bool snapshotUnderWay() const { return !pieces_.isEmpty(); }
 
     // Received messages not yet taken, oldest first.
@@ -83,32 +81,15 @@ public:
     // Waits for a message that begins with `start` and leaves it in the inbox.
     bool waitForPresent(const QByteArray& start, int timeoutMs = DefaultTimeoutMs);
 
-    // Cuts complete console messages off the front of `pending`; an incomplete tail
-    // that more data may still finish stays in `pending`. Text that begins with no
-    // command word comes out as one message of its own, up to the next word.
-    static QList<QByteArray> SplitMessages(QByteArray& pending);
-
-    // This machine's processes as "pid:name" items (the name after the first ":").
-    static QStringList RunningProcesses();
-    // A screen picture as a bitmap file whose size field begins with the byte '6', as
-    // the console expects of a snapshot's first piece. The screen when there is one,
-    // a drawn picture otherwise.
-    static QByteArray SnapshotBitmap();
-    // A 24-bit bitmap file of the image, padded at the end so that the low byte of
-    // the file size is 0x36.
-    static QByteArray EncodeBitmap(const QImage& image);
-    // The pieces sendSnapshot() sends, "Close" appended to the last.
-    static QList<QByteArray> SnapshotPieces(const QByteArray& bitmap);
-
 Q_SIGNALS:
     void connected();
     void disconnected();
     void failed(const QString& reason);
     void messageReceived(const QByteArray& message);
-    // A request that changes the machine ("LGOF", "RSTR", "PTAY", "KLPR "): what it asks
-    // for, and whether it was carried out.
+    // A request that changes the machine (log off, restart, shut down, end a process):
+    // what it asks for here, and whether it was carried out.
     void systemRequest(const QByteArray& message, const QString& action, bool carriedOut);
-    // An automatic answer was sent ("APL ..." with n processes, a snapshot of n bytes).
+    // An automatic answer was sent (the process list, a snapshot).
     void answered(const QString& what);
 
 private:
@@ -116,7 +97,8 @@ private:
     void onMessage(const QByteArray& message);
     void onBytesWritten();
     void sendNextPiece();
-    void systemCommand(const QByteArray& message);
+    bool handleMachineRequest(const QByteArray& message);
+    void answerQuery(const QByteArray& message);
     bool waitUntil(const std::function<bool()>& done, int timeoutMs);
 
     QTcpSocket socket_;
@@ -124,7 +106,7 @@ private:
     QList<QByteArray> inbox_;
     int inboxLimit_ = 100000;
     int pc_ = 1;
-    bool obey_ = false;
+    HostActions host_;
     bool autoAnswer_ = true;
     int pieceGapMs_ = 2;
     QList<QByteArray> pieces_;
