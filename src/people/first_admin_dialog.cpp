@@ -2,6 +2,7 @@
 
 #include "console/console.h"
 #include "people/log_in.h"
+#include "ui/accessibility.h"
 #include "ui/dialog_frame.h"
 
 #include <QLineEdit>
@@ -49,6 +50,7 @@ FirstAdminDialog::FirstAdminDialog(Console& console, QWidget* parent)
     connect(txtconf_, &QLineEdit::returnPressed, this, &FirstAdminDialog::save);
     connect(cmdsave, &QPushButton::clicked, this, &FirstAdminDialog::save);
     connect(cmdclose, &QPushButton::clicked, this, &QDialog::reject);
+    makeAccessible(this);
     txtuser_->setFocus();
 }
 

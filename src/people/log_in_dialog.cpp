@@ -2,6 +2,7 @@
 
 #include "base/form_host.h"
 #include "console/console.h"
+#include "ui/accessibility.h"
 #include "ui/dialog_frame.h"
 
 #include <QFocusEvent>
@@ -66,6 +67,7 @@ LogInDialog::LogInDialog(Console& console, Mode mode, QWidget* parent)
     connect(txtpass_, &QLineEdit::returnPressed, this, &LogInDialog::passwordEntered);
     connect(cmdok, &QPushButton::clicked, this, &LogInDialog::okClicked);
     connect(cmdcancel, &QPushButton::clicked, this, &QDialog::reject);
+    makeAccessible(this);
     txtuser_->setFocus();
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/form_host.h"
 #include "console/console.h"
+#include "ui/accessibility.h"
 #include "ui/dialog_frame.h"
 
 #include <QLabel>
@@ -33,6 +34,7 @@ AboutDialog::AboutDialog(const QString& dataFolder, QWidget* parent) : QDialog(p
     frame.heading->setObjectName(QStringLiteral("lblTitle"));
     frame.explanation->setObjectName(QStringLiteral("lblVersion"));
     connect(frame.button("cmdOK"), &QPushButton::clicked, this, &QDialog::accept);
+    makeAccessible(this);
 }
 
 QString AboutDialog::systemInformation(const QString& dataFolder) {

@@ -1,6 +1,7 @@
 #include "ui/console_box_dialog.h"
 
 #include "base/clock.h"
+#include "ui/accessibility.h"
 #include "ui/dialog_frame.h"
 
 #include <QLabel>
@@ -60,6 +61,8 @@ ConsoleBoxDialog::ConsoleBoxDialog(Clock& clock, QWidget* parent) : QDialog(pare
     input_ = new QLineEdit(this);
     input_->setObjectName(QStringLiteral("txtInput"));
     input_->setMaxLength(255);
+    // The message asks for the input, so it is read out as the input's name.
+    messageLabel_->setBuddy(input_);
 
     const DialogFrame frame = frameDialog(
         *this, QString(), QString(), {{{}, messageLabel_}, {{}, extraLabel_}, {{}, input_}},
@@ -76,6 +79,7 @@ ConsoleBoxDialog::ConsoleBoxDialog(Clock& clock, QWidget* parent) : QDialog(pare
     cancelPicture_->setObjectName(QStringLiteral("imgcancel"));
     cancelPicture_->setIcon(style()->standardIcon(QStyle::SP_DialogCancelButton));
     cancelPicture_->setIconSize(QSize(16, 16));
+    cancelPicture_->setAccessibleName(QStringLiteral("Cancel"));
     cancelButton_ = new QPushButton(QStringLiteral("Cancel"), this);
     cancelButton_->setObjectName(QStringLiteral("lblCancel"));
     for (QPushButton* cancel : {cancelPicture_, cancelButton_}) {
@@ -99,6 +103,7 @@ ConsoleBoxDialog::ConsoleBoxDialog(Clock& clock, QWidget* parent) : QDialog(pare
     connect(cancelPicture_, &QPushButton::clicked, this, &QDialog::reject);
     connect(closeTimer_, &QTimer::timeout, this, &QDialog::accept);
     connect(countdownTimer_, &QTimer::timeout, this, &ConsoleBoxDialog::refreshCountdown);
+    makeAccessible(this);
 }
 
 void ConsoleBoxDialog::setBox(const Prompts::ConsoleBox& box) {
@@ -152,6 +157,9 @@ void ConsoleBoxDialog::opening() {
     result_.clear();
     openedAt_ = clock_.tickCount();
     okButton_->setText(QStringLiteral("OK"));
+    // An input whose message says nothing still needs a name to be read out by.
+    input_->setAccessibleName(messageLabel_->text().isEmpty() ? QStringLiteral("Answer")
+                                                              : QString());
     closeTimer_->stop();
     countdownTimer_->stop();
     if (message) {

@@ -3,6 +3,7 @@
 #include "base/text.h"
 #include "console/console.h"
 #include "server/session_clock.h"
+#include "ui/accessibility.h"
 #include "ui/backdrop_area.h"
 #include "ui/frame_commands.h"
 #include "ui/pictures.h"
@@ -74,6 +75,7 @@ MainWindow::MainWindow(Console& console, QWidget* parent) : QMainWindow(parent),
     backgroundTimer_->setInterval(BackgroundTimerMs);
     connect(backgroundTimer_, &QTimer::timeout, this, &MainWindow::backgroundTimerTick);
     backgroundTimer_->start();
+    makeAccessible(this);
 }
 
 MainWindow::~MainWindow() = default;
@@ -117,6 +119,8 @@ QMenu* MainWindow::buildMenu(QMenu* menu, const char* name, const QString& title
 }
 
 void MainWindow::buildMenus() {
+    menuBar()->setObjectName(QStringLiteral("mnuBar"));
+    menuBar()->setAccessibleName(QStringLiteral("Main menu"));
     for (const FrameMenu& m : frameMenus()) {
         QMenu* menu = buildMenu(menuBar()->addMenu(m.title), m.name, m.title, m.items);
         if (menu->objectName() == QLatin1String("mnuWin")) {
@@ -126,6 +130,7 @@ void MainWindow::buildMenus() {
     }
     const FrameMenu& p = framePopup();
     popup_ = buildMenu(new QMenu(this), p.name, p.title, p.items);
+    popup_->setAccessibleName(QStringLiteral("Terminal commands")); // its title is never shown
 }
 
 void MainWindow::buildToolbar() {
@@ -174,6 +179,7 @@ void MainWindow::buildTerminalList() {
     dock->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);
     terminalList_ = new QListView(dock);
     terminalList_->setObjectName(QStringLiteral("lstTerminals"));
+    terminalList_->setAccessibleName(dock->windowTitle());
     auto* icons = new TerminalIconModel(terminalList_);
     icons->setSourceModel(&console_.terminalList());
     terminalList_->setModel(icons);
@@ -193,6 +199,8 @@ void MainWindow::buildTerminalList() {
     });
     dock->setWidget(terminalList_);
     addDockWidget(Qt::LeftDockWidgetArea, dock);
+    // Qt describes the dock's own buttons again whenever the dock floats or docks.
+    connect(dock, &QDockWidget::topLevelChanged, dock, [dock] { makeAccessible(dock); });
 }
 
 int MainWindow::selectedPc() const {
@@ -241,11 +249,14 @@ void MainWindow::fillWindowMenu() {
     windowMenu_->clear();
     const auto windows = area_->subWindowList();
     if (windows.isEmpty()) {
-        windowMenu_->addAction(QStringLiteral("(no open windows)"))->setEnabled(false);
+        QAction* none = windowMenu_->addAction(QStringLiteral("(no open windows)"));
+        none->setObjectName(QStringLiteral("mnuWinNone"));
+        none->setEnabled(false);
         return;
     }
     for (QMdiSubWindow* sub : windows) {
         QAction* a = windowMenu_->addAction(sub->windowTitle());
+        a->setObjectName(sub->widget() ? sub->widget()->objectName() : sub->objectName());
         a->setCheckable(true);
         a->setChecked(sub == area_->activeSubWindow());
         connect(a, &QAction::triggered, this, [this, sub] { area_->setActiveSubWindow(sub); });
@@ -268,6 +279,7 @@ void MainWindow::showForm(QWidget* form, bool modal) {
             sub = area_->addSubWindow(form);
             sub->setAttribute(Qt::WA_DeleteOnClose);
         }
+        makeAccessible(sub);
         sub->show();
         sub->move((width() - sub->width()) / 2, top);
         area_->setActiveSubWindow(sub);
@@ -277,6 +289,7 @@ void MainWindow::showForm(QWidget* form, bool modal) {
     // modal window is a dialog over the frame, placed by the same rule.
     if (form->parentWidget() != this)
         form->setParent(this, form->windowFlags() | Qt::Dialog);
+    makeAccessible(form);
     if (!form->testAttribute(Qt::WA_Resized))
         form->adjustSize();
     form->move(frameGeometry().x() + (frameGeometry().width() - form->width()) / 2,

@@ -1,6 +1,7 @@
 #include "ui/prompts_dialog.h"
 
 #include "base/clock.h"
+#include "ui/accessibility.h"
 #include "ui/console_box_dialog.h"
 #include "ui/dialog_frame.h"
 
@@ -84,6 +85,16 @@ Prompts::Answer WidgetPrompts::ask(const QString& text, const QString& title, Bu
         box.setEscapeButton(QMessageBox::No);
         break;
     }
+    box.setObjectName(QStringLiteral("msgbox"));
+    const std::pair<QMessageBox::StandardButton, const char*> buttonNames[] = {
+        {QMessageBox::Ok, "cmdok"},
+        {QMessageBox::Cancel, "cmdcancel"},
+        {QMessageBox::Yes, "cmdyes"},
+        {QMessageBox::No, "cmdno"}};
+    for (const auto& [which, name] : buttonNames)
+        if (QAbstractButton* button = box.button(which))
+            button->setObjectName(QString::fromLatin1(name));
+    makeAccessible(&box);
     switch (box.exec()) {
     case QMessageBox::Cancel:
         return Answer::Cancel;
@@ -116,6 +127,7 @@ QDialog* WidgetPrompts::noticeWindow() {
     latest->setFont(bold);
     auto* list = new QListWidget(w);
     list->setObjectName(QStringLiteral("lstNotices"));
+    list->setAccessibleName(QStringLiteral("Notices"));
     list->setWordWrap(true);
     list->setUniformItemSizes(false);
 
@@ -128,6 +140,7 @@ QDialog* WidgetPrompts::noticeWindow() {
         latest->clear();
     });
     QObject::connect(frame.button("cmdclose"), &QPushButton::clicked, w, &QDialog::hide);
+    makeAccessible(w);
 
     notices_ = w;
     latest_ = latest;
