@@ -202,7 +202,7 @@ private Q_SLOTS:
         QTimer::singleShot(0, [] {
             QApplication::activeModalWidget()->findChild<QPushButton*>("cmdclose")->click();
         });
-        QVERIFY(!RunFirstAdminDialog(*fx.console));
+        QVERIFY(!runFirstAdminDialog(*fx.console));
         QCOMPARE(fx.accounts(), QString());
         QTimer::singleShot(0, [] {
             QWidget& w = *QApplication::activeModalWidget();
@@ -210,7 +210,7 @@ private Q_SLOTS:
             box(w, "txtkey")->setText("Open Door");
             type(w, "txtconf", "Open Door\n");
         });
-        QVERIFY(RunFirstAdminDialog(*fx.console));
+        QVERIFY(runFirstAdminDialog(*fx.console));
         QCOMPARE(fx.accounts(), "Chief|Admin|Open Door");
     }
 };

@@ -90,7 +90,7 @@ int main(int argc, char* argv[]) {
     // Storage and the operator's log-in come first; on any failure nothing is written.
     try {
         console.openStorage();
-        if (!hasAnyAccount(console.database()) && !RunFirstAdminDialog(console))
+        if (!hasAnyAccount(console.database()) && !runFirstAdminDialog(console))
             return 0;
     } catch (const StoreError& e) {
         fail(prompts, e.text());

@@ -2,13 +2,11 @@
 
 #include "console/console.h"
 #include "people/log_in.h"
+#include "ui/accessibility.h"
+#include "ui/dialog_frame.h"
 
-#include <QFormLayout>
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 namespace {
 const QString Title = QStringLiteral("First administrator");
@@ -19,17 +17,6 @@ FirstAdminDialog::FirstAdminDialog(Console& console, QWidget* parent)
     setObjectName(QStringLiteral("frmFirstAdmin"));
     setWindowTitle(QStringLiteral("Tarvo QRB - ") + Title);
     setMinimumWidth(400);
-
-    auto* heading = new QLabel(QStringLiteral("No operator account exists yet."), this);
-    QFont bold = heading->font();
-    bold.setBold(true);
-    bold.setPointSizeF(bold.pointSizeF() * 1.2);
-    heading->setFont(bold);
-    auto* intro = new QLabel(QStringLiteral("Create the first administrator. This account logs "
-                                            "in to the console and adds the other operators. "
-                                            "Passwords are checked without regard to case."),
-                             this);
-    intro->setWordWrap(true);
 
     txtuser_ = new QLineEdit(this);
     txtuser_->setObjectName(QStringLiteral("txtuser"));
@@ -43,31 +30,19 @@ FirstAdminDialog::FirstAdminDialog(Console& console, QWidget* parent)
     txtconf_->setEchoMode(QLineEdit::Password);
     txtconf_->setMaxLength(50);
 
-    auto* form = new QFormLayout;
-    form->addRow(QStringLiteral("&Name"), txtuser_);
-    form->addRow(QStringLiteral("&Password"), txtkey_);
-    form->addRow(QStringLiteral("&Again"), txtconf_);
-
-    auto* cmdsave = new QPushButton(QStringLiteral("Create"), this);
-    cmdsave->setObjectName(QStringLiteral("cmdsave"));
-    auto* cmdclose = new QPushButton(QStringLiteral("Cancel"), this);
-    cmdclose->setObjectName(QStringLiteral("cmdclose"));
-    for (QPushButton* b : {cmdsave, cmdclose}) {
-        b->setAutoDefault(false);
-        b->setDefault(false);
-    }
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(cmdsave);
-    buttons->addWidget(cmdclose);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(heading);
-    layout->addWidget(intro);
-    layout->addSpacing(8);
-    layout->addLayout(form);
-    layout->addSpacing(8);
-    layout->addLayout(buttons);
+    const DialogFrame frame = frameDialog(
+        *this, QStringLiteral("No operator account exists yet."),
+        QStringLiteral("Create the first administrator. This account logs in to the console "
+                       "and adds the other operators. Passwords are checked without regard "
+                       "to case."),
+        {{QStringLiteral("&Name"), txtuser_},
+         {QStringLiteral("&Password"), txtkey_},
+         {QStringLiteral("&Again"), txtconf_}},
+        {{"cmdsave", QStringLiteral("Create"), QDialogButtonBox::AcceptRole},
+         {"cmdclose", QStringLiteral("Cancel"), QDialogButtonBox::RejectRole}},
+        EnterKey::FieldsOnly);
+    QPushButton* cmdsave = frame.button("cmdsave");
+    QPushButton* cmdclose = frame.button("cmdclose");
 
     // Enter walks down the boxes and saves from the last one.
     connect(txtuser_, &QLineEdit::returnPressed, txtkey_, [this] { txtkey_->setFocus(); });
@@ -75,6 +50,7 @@ FirstAdminDialog::FirstAdminDialog(Console& console, QWidget* parent)
     connect(txtconf_, &QLineEdit::returnPressed, this, &FirstAdminDialog::save);
     connect(cmdsave, &QPushButton::clicked, this, &FirstAdminDialog::save);
     connect(cmdclose, &QPushButton::clicked, this, &QDialog::reject);
+    makeAccessible(this);
     txtuser_->setFocus();
 }
 
@@ -113,7 +89,7 @@ void FirstAdminDialog::save() {
     }
 }
 
-bool RunFirstAdminDialog(Console& console, QWidget* parent) {
+bool runFirstAdminDialog(Console& console, QWidget* parent) {
     FirstAdminDialog dialog(console, parent);
     return dialog.exec() == QDialog::Accepted;
 }

@@ -23,4 +23,4 @@ private:
 
 // Asks for the first administrator's name and password (typed twice) and stores the
 // account. False when the operator cancels.
-bool RunFirstAdminDialog(Console& console, QWidget* parent = nullptr);
+bool runFirstAdminDialog(Console& console, QWidget* parent = nullptr);

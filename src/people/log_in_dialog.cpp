@@ -2,14 +2,12 @@
 
 #include "base/form_host.h"
 #include "console/console.h"
+#include "ui/accessibility.h"
+#include "ui/dialog_frame.h"
 
 #include <QFocusEvent>
-#include <QFormLayout>
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QVBoxLayout>
 
 namespace {
 
@@ -43,17 +41,6 @@ LogInDialog::LogInDialog(Console& console, Mode mode, QWidget* parent)
                          : QStringLiteral("Switch Log"));
     setMinimumWidth(360);
 
-    auto* title = new QLabel(QStringLiteral("Tarvo QRB"), this);
-    QFont titleFont = title->font();
-    titleFont.setPointSizeF(titleFont.pointSizeF() * 1.6);
-    titleFont.setBold(true);
-    title->setFont(titleFont);
-    auto* subtitle =
-        new QLabel(start ? QStringLiteral("Log in to work the console.")
-                         : QStringLiteral("Log in as the operator who takes over the console."),
-                   this);
-    subtitle->setWordWrap(true);
-
     txtuser_ = new QLineEdit(this);
     txtuser_->setObjectName(QStringLiteral("txtuser"));
     txtuser_->installEventFilter(this);
@@ -61,38 +48,26 @@ LogInDialog::LogInDialog(Console& console, Mode mode, QWidget* parent)
     txtpass_->setObjectName(QStringLiteral("txtpass"));
     txtpass_->setEchoMode(QLineEdit::Password);
 
-    auto* form = new QFormLayout;
-    form->addRow(QStringLiteral("&User name"), txtuser_);
-    form->addRow(QStringLiteral("&Password"), txtpass_);
-
+    const DialogFrame frame = frameDialog(
+        *this, QStringLiteral("Tarvo QRB"),
+        start ? QStringLiteral("Log in to work the console.")
+              : QStringLiteral("Log in as the operator who takes over the console."),
+        {{QStringLiteral("&User name"), txtuser_}, {QStringLiteral("&Password"), txtpass_}},
+        {{"cmdok", QStringLiteral("OK"), QDialogButtonBox::AcceptRole},
+         {"cmdcancel", QStringLiteral("Cancel"), QDialogButtonBox::RejectRole}},
+        EnterKey::FieldsOnly);
     // The buttons never take the focus, so clicking them does not count as leaving the
-    // name box, and Enter reaches only the box it was typed in.
-    auto* cmdok = new QPushButton(QStringLiteral("OK"), this);
-    cmdok->setObjectName(QStringLiteral("cmdok"));
-    auto* cmdcancel = new QPushButton(QStringLiteral("Cancel"), this);
-    cmdcancel->setObjectName(QStringLiteral("cmdcancel"));
-    for (QPushButton* b : {cmdok, cmdcancel}) {
-        b->setAutoDefault(false);
-        b->setDefault(false);
+    // name box.
+    QPushButton* cmdok = frame.button("cmdok");
+    QPushButton* cmdcancel = frame.button("cmdcancel");
+    for (QPushButton* b : {cmdok, cmdcancel})
         b->setFocusPolicy(Qt::NoFocus);
-    }
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(cmdok);
-    buttons->addWidget(cmdcancel);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(title);
-    layout->addWidget(subtitle);
-    layout->addSpacing(8);
-    layout->addLayout(form);
-    layout->addSpacing(8);
-    layout->addLayout(buttons);
 
     connect(txtuser_, &QLineEdit::returnPressed, this, &LogInDialog::nameEntered);
     connect(txtpass_, &QLineEdit::returnPressed, this, &LogInDialog::passwordEntered);
     connect(cmdok, &QPushButton::clicked, this, &LogInDialog::okClicked);
     connect(cmdcancel, &QPushButton::clicked, this, &QDialog::reject);
+    makeAccessible(this);
     txtuser_->setFocus();
 }
 

@@ -2,50 +2,39 @@
 
 #include "base/form_host.h"
 #include "console/console.h"
+#include "ui/accessibility.h"
+#include "ui/dialog_frame.h"
 
-#include <QDialogButtonBox>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QSysInfo>
-#include <QVBoxLayout>
 
 AboutDialog::AboutDialog(const QString& dataFolder, QWidget* parent) : QDialog(parent) {
     setObjectName(QStringLiteral("frmAbout"));
     setWindowTitle(QStringLiteral("What is Tarvo?"));
-
-    auto* title = new QLabel(QStringLiteral("Tarvo QRB"), this);
-    title->setObjectName(QStringLiteral("lblTitle"));
-    QFont big = title->font();
-    big.setPointSizeF(big.pointSizeF() * 1.8);
-    big.setBold(true);
-    title->setFont(big);
-
-    auto* version =
-        new QLabel(QStringLiteral("Version %1").arg(QStringLiteral(TARVO_VERSION)), this);
-    version->setObjectName(QStringLiteral("lblVersion"));
 
     auto* purpose =
         new QLabel(QStringLiteral("The operator's console of an internet café: it times "
                                   "and bills the sessions on the café's PCs."),
                    this);
     purpose->setWordWrap(true);
-
+    auto* systemLabel = new QLabel(QStringLiteral("System information:"), this);
     auto* system = new QPlainTextEdit(systemInformation(dataFolder), this);
     system->setObjectName(QStringLiteral("txtSysInfo"));
     system->setReadOnly(true);
     system->setMinimumSize(420, 150);
+    systemLabel->setBuddy(system);
 
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok, this);
-    buttons->setObjectName(QStringLiteral("cmdOK"));
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(title);
-    layout->addWidget(version);
-    layout->addWidget(purpose);
-    layout->addWidget(new QLabel(QStringLiteral("System information:"), this));
-    layout->addWidget(system);
-    layout->addWidget(buttons);
+    const DialogFrame frame =
+        frameDialog(*this, QStringLiteral("Tarvo QRB"),
+                    QStringLiteral("Version %1").arg(QStringLiteral(TARVO_VERSION)),
+                    {{{}, purpose}, {{}, systemLabel}, {{}, system}},
+                    {{"cmdOK", QStringLiteral("OK"), QDialogButtonBox::AcceptRole}});
+    frame.heading->setObjectName(QStringLiteral("lblTitle"));
+    frame.explanation->setObjectName(QStringLiteral("lblVersion"));
+    connect(frame.button("cmdOK"), &QPushButton::clicked, this, &QDialog::accept);
+    makeAccessible(this);
 }
 
 QString AboutDialog::systemInformation(const QString& dataFolder) {

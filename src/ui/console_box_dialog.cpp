@@ -1,17 +1,15 @@
 #include "ui/console_box_dialog.h"
 
 #include "base/clock.h"
+#include "ui/accessibility.h"
+#include "ui/dialog_frame.h"
 
-#include <QApplication>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMouseEvent>
 #include <QProxyStyle>
 #include <QPushButton>
 #include <QStyle>
 #include <QTimer>
-#include <QVBoxLayout>
 
 #include <cmath>
 
@@ -63,9 +61,13 @@ ConsoleBoxDialog::ConsoleBoxDialog(Clock& clock, QWidget* parent) : QDialog(pare
     input_ = new QLineEdit(this);
     input_->setObjectName(QStringLiteral("txtInput"));
     input_->setMaxLength(255);
+    // The message asks for the input, so it is read out as the input's name.
+    messageLabel_->setBuddy(input_);
 
-    okButton_ = new QPushButton(QStringLiteral("OK"), this);
-    okButton_->setObjectName(QStringLiteral("Label1"));
+    const DialogFrame frame = frameDialog(
+        *this, QString(), QString(), {{{}, messageLabel_}, {{}, extraLabel_}, {{}, input_}},
+        {{"Label1", QStringLiteral("OK"), QDialogButtonBox::AcceptRole}});
+    okButton_ = frame.button("Label1");
     okButton_->setFlat(true);
     okButton_->setAutoDefault(false);
     okButton_->setMinimumWidth(80);
@@ -73,16 +75,20 @@ ConsoleBoxDialog::ConsoleBoxDialog(Clock& clock, QWidget* parent) : QDialog(pare
     bold.setBold(true);
     okButton_->setFont(bold);
 
-    cancelPicture_ = new QLabel(this);
+    cancelPicture_ = new QPushButton(this);
     cancelPicture_->setObjectName(QStringLiteral("imgcancel"));
-    cancelPicture_->setPixmap(style()->standardIcon(QStyle::SP_DialogCancelButton).pixmap(16, 16));
-    cancelPicture_->setCursor(Qt::PointingHandCursor);
-    cancelPicture_->installEventFilter(this);
+    cancelPicture_->setIcon(style()->standardIcon(QStyle::SP_DialogCancelButton));
+    cancelPicture_->setIconSize(QSize(16, 16));
+    cancelPicture_->setAccessibleName(QStringLiteral("Cancel"));
     cancelButton_ = new QPushButton(QStringLiteral("Cancel"), this);
     cancelButton_->setObjectName(QStringLiteral("lblCancel"));
-    cancelButton_->setFlat(true);
-    cancelButton_->setAutoDefault(false);
-    cancelButton_->setFocusPolicy(Qt::NoFocus);
+    for (QPushButton* cancel : {cancelPicture_, cancelButton_}) {
+        cancel->setFlat(true);
+        cancel->setAutoDefault(false);
+        cancel->setFocusPolicy(Qt::NoFocus);
+        cancel->setCursor(Qt::PointingHandCursor);
+        frame.buttons->addButton(cancel, QDialogButtonBox::RejectRole);
+    }
 
     closeTimer_ = new QTimer(this);
     closeTimer_->setObjectName(QStringLiteral("Timer1"));
@@ -91,22 +97,13 @@ ConsoleBoxDialog::ConsoleBoxDialog(Clock& clock, QWidget* parent) : QDialog(pare
     countdownTimer_->setObjectName(QStringLiteral("Timer2"));
     countdownTimer_->setInterval(DefaultCountdownMs);
 
-    auto* buttons = new QHBoxLayout;
-    buttons->addWidget(cancelPicture_);
-    buttons->addWidget(cancelButton_);
-    buttons->addStretch();
-    buttons->addWidget(okButton_);
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(messageLabel_);
-    layout->addWidget(extraLabel_);
-    layout->addWidget(input_);
-    layout->addLayout(buttons);
-
     connect(okButton_, &QPushButton::clicked, this, &QDialog::accept);
     connect(input_, &QLineEdit::returnPressed, this, &QDialog::accept);
     connect(cancelButton_, &QPushButton::clicked, this, &QDialog::reject);
+    connect(cancelPicture_, &QPushButton::clicked, this, &QDialog::reject);
     connect(closeTimer_, &QTimer::timeout, this, &QDialog::accept);
     connect(countdownTimer_, &QTimer::timeout, this, &ConsoleBoxDialog::refreshCountdown);
+    makeAccessible(this);
 }
 
 void ConsoleBoxDialog::setBox(const Prompts::ConsoleBox& box) {
@@ -140,7 +137,7 @@ void ConsoleBoxDialog::setBox(const Prompts::ConsoleBox& box) {
         opening();
 }
 
-int ConsoleBoxDialog::SecondsLeft(int timer1IntervalMs, qint32 elapsedMs) {
+int ConsoleBoxDialog::secondsLeft(int timer1IntervalMs, qint32 elapsedMs) {
     const int left = roundWhole(timer1IntervalMs / 1000.0) - roundWhole(elapsedMs / 1000.0);
     return qMax(0, left);
 }
@@ -156,9 +153,13 @@ void ConsoleBoxDialog::opening() {
     input_->setVisible(!message);
     cancelPicture_->setVisible(!message);
     cancelButton_->setVisible(!message);
+    adjustSize(); // no room is kept for the parts this mode hides
     result_.clear();
     openedAt_ = clock_.tickCount();
     okButton_->setText(QStringLiteral("OK"));
+    // An input whose message says nothing still needs a name to be read out by.
+    input_->setAccessibleName(messageLabel_->text().isEmpty() ? QStringLiteral("Answer")
+                                                              : QString());
     closeTimer_->stop();
     countdownTimer_->stop();
     if (message) {
@@ -181,17 +182,8 @@ void ConsoleBoxDialog::refreshCountdown() {
         return;
     const qint32 elapsed = qint32(quint32(clock_.tickCount()) - quint32(openedAt_));
     okButton_->setText(QStringLiteral("OK(") +
-                       QString::number(SecondsLeft(closeTimer_->interval(), elapsed)) +
+                       QString::number(secondsLeft(closeTimer_->interval(), elapsed)) +
                        QStringLiteral(")"));
-}
-
-bool ConsoleBoxDialog::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == cancelPicture_ && event->type() == QEvent::MouseButtonRelease &&
-        static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
-        reject();
-        return true;
-    }
-    return QDialog::eventFilter(watched, event);
 }
 
 void ConsoleBoxDialog::done(int r) {

@@ -28,13 +28,12 @@ public:
     QString resultText() const { return result_; }
 
     // Whole seconds left before Timer1 closes the box.
-    static int SecondsLeft(int timer1IntervalMs, qint32 elapsedMs);
+    static int secondsLeft(int timer1IntervalMs, qint32 elapsedMs);
 
     void done(int r) override;
 
 protected:
     void showEvent(QShowEvent* event) override;
-    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void opening();
@@ -48,7 +47,7 @@ private:
     QLabel* extraLabel_ = nullptr;
     QPushButton* okButton_ = nullptr;
     QLineEdit* input_ = nullptr;
-    QLabel* cancelPicture_ = nullptr;
+    QPushButton* cancelPicture_ = nullptr;
     QPushButton* cancelButton_ = nullptr;
     QTimer* closeTimer_ = nullptr;
     QTimer* countdownTimer_ = nullptr;

@@ -7,9 +7,29 @@
 #include "ui/main_window.h"
 
 #include <QApplication>
+#include <QDesktopServices>
+#include <QFileInfo>
+#include <QUrl>
 
 namespace {
 using Admin = AdminCommand;
+using Icon = Prompts::Icon;
+
+// The manual lies next to the program.
+void openManual(Prompts& prompts) {
+    const QString folder = QCoreApplication::applicationDirPath();
+    const QString path = folder + QStringLiteral("/tarvoqrbhelp.hlp");
+    if (!QFileInfo::exists(path)) {
+        prompts.message(QStringLiteral("The manual (tarvoqrbhelp.hlp) is not in %1.").arg(folder),
+                        QString(), Icon::Exclamation);
+        return;
+    }
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
+        prompts.message(
+            QStringLiteral("No program on this computer opens the manual %1.").arg(path), QString(),
+            Icon::Exclamation);
+}
+
 } // namespace
 
 std::vector<FrameCommand> frameCommands(MainWindow& f) {
@@ -85,8 +105,8 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
          "Tarvo Systems Manual",
          {},
          none,
-         [&f] {
-             f.openManual();
+         [&c] {
+             openManual(c.prompts());
          }},
         {"mnuAbout",
          "What is Tarvo?",

@@ -3,16 +3,15 @@
 #include "base/text.h"
 #include "console/console.h"
 #include "server/session_clock.h"
+#include "ui/accessibility.h"
+#include "ui/backdrop_area.h"
 #include "ui/frame_commands.h"
 #include "ui/pictures.h"
+#include "ui/terminal_icon_model.h"
 
 #include <QCloseEvent>
-#include <QCoreApplication>
-#include <QDesktopServices>
 #include <QDialog>
 #include <QDockWidget>
-#include <QFileInfo>
-#include <QIdentityProxyModel>
 #include <QLabel>
 #include <QListView>
 #include <QMdiArea>
@@ -24,7 +23,6 @@
 #include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
-#include <QUrl>
 
 namespace {
 
@@ -51,52 +49,15 @@ constexpr std::pair<StatusPanel, const char*> PanelNames[] = {
     {StatusPanel::DateTime, "pnlDateTime"},
 };
 
-// The frame's client area, which keeps its picture sized to itself.
-class BackdropArea final : public QMdiArea {
-public:
-    using QMdiArea::QMdiArea;
-    void setPicture(int index) {
-        picture_ = index;
-        repaintPicture();
-    }
-
-protected:
-    void resizeEvent(QResizeEvent* event) override {
-        QMdiArea::resizeEvent(event);
-        repaintPicture();
-    }
-
-private:
-    void repaintPicture() {
-        setBackground(QBrush(Pictures::background(picture_, viewport()->size())));
-        viewport()->update();
-    }
-    int picture_ = 0;
-};
-
-// The terminal list with each row's state mark.
-class TerminalIcons final : public QIdentityProxyModel {
-public:
-    using QIdentityProxyModel::QIdentityProxyModel;
-    QVariant data(const QModelIndex& index, int role) const override {
-        if (role != Qt::DecorationRole)
-            return QIdentityProxyModel::data(index, role);
-        return Pictures::stateIcon(
-            TerminalState(QIdentityProxyModel::data(index, TerminalListModel::StateRole).toInt()),
-            QIdentityProxyModel::data(index, TerminalListModel::OnlineRole).toBool());
-    }
-};
-
 } // namespace
 
 MainWindow::MainWindow(Console& console, QWidget* parent) : QMainWindow(parent), console_(console) {
     setObjectName(QStringLiteral("main"));
-    auto* area = new BackdropArea(this);
-    area->setObjectName(QStringLiteral("mdiArea"));
-    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-    area->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
-    mdi_ = area;
-    setCentralWidget(mdi_);
+    area_ = new BackdropArea(this);
+    area_->setObjectName(QStringLiteral("mdiArea"));
+    area_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    area_->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    setCentralWidget(area_);
 
     buildActions();
     buildMenus();
@@ -114,6 +75,7 @@ MainWindow::MainWindow(Console& console, QWidget* parent) : QMainWindow(parent),
     backgroundTimer_->setInterval(BackgroundTimerMs);
     connect(backgroundTimer_, &QTimer::timeout, this, &MainWindow::backgroundTimerTick);
     backgroundTimer_->start();
+    makeAccessible(this);
 }
 
 MainWindow::~MainWindow() = default;
@@ -157,6 +119,8 @@ QMenu* MainWindow::buildMenu(QMenu* menu, const char* name, const QString& title
 }
 
 void MainWindow::buildMenus() {
+    menuBar()->setObjectName(QStringLiteral("mnuBar"));
+    menuBar()->setAccessibleName(QStringLiteral("Main menu"));
     for (const FrameMenu& m : frameMenus()) {
         QMenu* menu = buildMenu(menuBar()->addMenu(m.title), m.name, m.title, m.items);
         if (menu->objectName() == QLatin1String("mnuWin")) {
@@ -166,6 +130,7 @@ void MainWindow::buildMenus() {
     }
     const FrameMenu& p = framePopup();
     popup_ = buildMenu(new QMenu(this), p.name, p.title, p.items);
+    popup_->setAccessibleName(QStringLiteral("Terminal commands")); // its title is never shown
 }
 
 void MainWindow::buildToolbar() {
@@ -212,31 +177,34 @@ void MainWindow::buildTerminalList() {
     auto* dock = new QDockWidget(QStringLiteral("Terminals"), this);
     dock->setObjectName(QStringLiteral("dockTerminals"));
     dock->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);
-    list_ = new QListView(dock);
-    list_->setObjectName(QStringLiteral("lstTerminals"));
-    auto* icons = new TerminalIcons(list_);
+    terminalList_ = new QListView(dock);
+    terminalList_->setObjectName(QStringLiteral("lstTerminals"));
+    terminalList_->setAccessibleName(dock->windowTitle());
+    auto* icons = new TerminalIconModel(terminalList_);
     icons->setSourceModel(&console_.terminalList());
-    list_->setModel(icons);
-    list_->setSelectionMode(QAbstractItemView::SingleSelection);
-    list_->setUniformItemSizes(true);
-    list_->setContextMenuPolicy(Qt::CustomContextMenu);
+    terminalList_->setModel(icons);
+    terminalList_->setSelectionMode(QAbstractItemView::SingleSelection);
+    terminalList_->setUniformItemSizes(true);
+    terminalList_->setContextMenuPolicy(Qt::CustomContextMenu);
     // Wide enough for the longest text a PC of this console can have.
-    list_->setMinimumWidth(list_->fontMetrics().horizontalAdvance(
-                               QStringLiteral("Pc Number 254 is being billed, off line :254")) +
-                           list_->iconSize().width() + 48);
-    connect(list_, &QWidget::customContextMenuRequested, this, [this](const QPoint& pos) {
-        const QModelIndex index = list_->indexAt(pos);
+    terminalList_->setMinimumWidth(terminalList_->fontMetrics().horizontalAdvance(QStringLiteral(
+                                       "Pc Number 254 is being billed, off line :254")) +
+                                   terminalList_->iconSize().width() + 48);
+    connect(terminalList_, &QWidget::customContextMenuRequested, this, [this](const QPoint& pos) {
+        const QModelIndex index = terminalList_->indexAt(pos);
         if (!index.isValid())
             return;
-        list_->setCurrentIndex(index);
-        showPopupAt(list_->viewport()->mapToGlobal(pos));
+        terminalList_->setCurrentIndex(index);
+        showPopupAt(terminalList_->viewport()->mapToGlobal(pos));
     });
-    dock->setWidget(list_);
+    dock->setWidget(terminalList_);
     addDockWidget(Qt::LeftDockWidgetArea, dock);
+    // Qt describes the dock's own buttons again whenever the dock floats or docks.
+    connect(dock, &QDockWidget::topLevelChanged, dock, [dock] { makeAccessible(dock); });
 }
 
 int MainWindow::selectedPc() const {
-    const QModelIndex index = list_->currentIndex();
+    const QModelIndex index = terminalList_->currentIndex();
     return index.isValid() ? numberAfterColon(index.data().toString()) : 0;
 }
 
@@ -256,7 +224,7 @@ void MainWindow::updateCaption() {
 }
 
 void MainWindow::finishLoading() {
-    setBackground(0);
+    area_->setPicture(0);
     mainTimer_->start();
 }
 
@@ -270,26 +238,28 @@ void MainWindow::mainTimerTick() {
 }
 
 void MainWindow::backgroundTimerTick() {
-    setBackground((pictureIndex_ + 1) % Pictures::BackgroundCount);
+    area_->setPicture((area_->picture() + 1) % Pictures::BackgroundCount);
 }
 
-void MainWindow::setBackground(int index) {
-    pictureIndex_ = index;
-    static_cast<BackdropArea*>(mdi_)->setPicture(index);
+int MainWindow::backgroundIndex() const {
+    return area_->picture();
 }
 
 void MainWindow::fillWindowMenu() {
     windowMenu_->clear();
-    const auto windows = mdi_->subWindowList();
+    const auto windows = area_->subWindowList();
     if (windows.isEmpty()) {
-        windowMenu_->addAction(QStringLiteral("(no open windows)"))->setEnabled(false);
+        QAction* none = windowMenu_->addAction(QStringLiteral("(no open windows)"));
+        none->setObjectName(QStringLiteral("mnuWinNone"));
+        none->setEnabled(false);
         return;
     }
     for (QMdiSubWindow* sub : windows) {
         QAction* a = windowMenu_->addAction(sub->windowTitle());
+        a->setObjectName(sub->widget() ? sub->widget()->objectName() : sub->objectName());
         a->setCheckable(true);
-        a->setChecked(sub == mdi_->activeSubWindow());
-        connect(a, &QAction::triggered, this, [this, sub] { mdi_->setActiveSubWindow(sub); });
+        a->setChecked(sub == area_->activeSubWindow());
+        connect(a, &QAction::triggered, this, [this, sub] { area_->setActiveSubWindow(sub); });
     }
 }
 
@@ -305,19 +275,21 @@ void MainWindow::showForm(QWidget* form, bool modal) {
     const int top = twipsToPixels(100, logicalDpiY());
     if (!modal) {
         QMdiSubWindow* sub = qobject_cast<QMdiSubWindow*>(form->parentWidget());
-        if (!sub || sub->mdiArea() != mdi_) {
-            sub = mdi_->addSubWindow(form);
+        if (!sub || sub->mdiArea() != area_) {
+            sub = area_->addSubWindow(form);
             sub->setAttribute(Qt::WA_DeleteOnClose);
         }
+        makeAccessible(sub);
         sub->show();
         sub->move((width() - sub->width()) / 2, top);
-        mdi_->setActiveSubWindow(sub);
+        area_->setActiveSubWindow(sub);
         return;
     }
     // A child window of the frame cannot hold the operator's attention alone, so a
     // modal window is a dialog over the frame, placed by the same rule.
     if (form->parentWidget() != this)
         form->setParent(this, form->windowFlags() | Qt::Dialog);
+    makeAccessible(form);
     if (!form->testAttribute(Qt::WA_Resized))
         form->adjustSize();
     form->move(frameGeometry().x() + (frameGeometry().width() - form->width()) / 2,
@@ -341,21 +313,6 @@ void MainWindow::openPrinterSetup() {
     dialog->setObjectName(QStringLiteral("dlgPrinter"));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     showForm(dialog, true);
-}
-
-void MainWindow::openManual() {
-    const QString folder = QCoreApplication::applicationDirPath();
-    const QString path = folder + QStringLiteral("/tarvoqrbhelp.hlp");
-    if (!QFileInfo::exists(path)) {
-        console_.prompts().message(
-            QStringLiteral("The manual (tarvoqrbhelp.hlp) is not in %1.").arg(folder), QString(),
-            Icon::Exclamation);
-        return;
-    }
-    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
-        console_.prompts().message(
-            QStringLiteral("No program on this computer opens the manual %1.").arg(path), QString(),
-            Icon::Exclamation);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

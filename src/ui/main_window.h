@@ -13,7 +13,7 @@ class Console;
 class QAction;
 class QLabel;
 class QListView;
-class QMdiArea;
+class BackdropArea;
 class QMenu;
 class QTimer;
 
@@ -44,7 +44,7 @@ public:
     void mainTimerTick();
     // One tick of bgtimer: the next background picture.
     void backgroundTimerTick();
-    int backgroundIndex() const { return pictureIndex_; }
+    int backgroundIndex() const;
 
     // The PC number of the selected terminal list item, 0 when none is selected.
     int selectedPc() const;
@@ -54,7 +54,6 @@ public:
     // Commands the table binds.
     void notAvailable(const QString& windowName);
     void openPrinterSetup();
-    void openManual();
 
 Q_SIGNALS:
     // The operator confirmed "Close Application?": the program ends now.
@@ -71,13 +70,12 @@ private:
     void buildTerminalList();
     QMenu* buildMenu(QMenu* menu, const char* name, const QString& title,
                      const std::vector<const char*>& items);
-    void setBackground(int index);
     void showPopupAt(const QPoint& globalPos);
     void fillWindowMenu();
 
     Console& console_;
-    QMdiArea* mdi_ = nullptr;
-    QListView* list_ = nullptr;
+    BackdropArea* area_ = nullptr;
+    QListView* terminalList_ = nullptr;
     QMenu* popup_ = nullptr;
     QMenu* windowMenu_ = nullptr;
     QTimer* mainTimer_ = nullptr;
@@ -85,7 +83,6 @@ private:
     QHash<QString, QAction*> actions_;
     std::array<QLabel*, StatusPanelCount> panels_{};
     QPrinter printer_;
-    int pictureIndex_ = 0;
     bool modalShowsBlock_ = true;
     bool ticking_ = false;
 };

@@ -1,16 +1,16 @@
 #include "ui/prompts_dialog.h"
 
 #include "base/clock.h"
+#include "ui/accessibility.h"
 #include "ui/console_box_dialog.h"
+#include "ui/dialog_frame.h"
 
 #include <QDialog>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStyle>
-#include <QVBoxLayout>
 
 namespace {
 
@@ -85,6 +85,16 @@ Prompts::Answer WidgetPrompts::ask(const QString& text, const QString& title, Bu
         box.setEscapeButton(QMessageBox::No);
         break;
     }
+    box.setObjectName(QStringLiteral("msgbox"));
+    const std::pair<QMessageBox::StandardButton, const char*> buttonNames[] = {
+        {QMessageBox::Ok, "cmdok"},
+        {QMessageBox::Cancel, "cmdcancel"},
+        {QMessageBox::Yes, "cmdyes"},
+        {QMessageBox::No, "cmdno"}};
+    for (const auto& [which, name] : buttonNames)
+        if (QAbstractButton* button = box.button(which))
+            button->setObjectName(QString::fromLatin1(name));
+    makeAccessible(&box);
     switch (box.exec()) {
     case QMessageBox::Cancel:
         return Answer::Cancel;
@@ -117,32 +127,24 @@ QDialog* WidgetPrompts::noticeWindow() {
     latest->setFont(bold);
     auto* list = new QListWidget(w);
     list->setObjectName(QStringLiteral("lstNotices"));
+    list->setAccessibleName(QStringLiteral("Notices"));
     list->setWordWrap(true);
     list->setUniformItemSizes(false);
 
-    auto* cmdclear = new QPushButton(QStringLiteral("Clear"), w);
-    cmdclear->setObjectName(QStringLiteral("cmdclear"));
-    cmdclear->setAutoDefault(false);
-    auto* cmdclose = new QPushButton(QStringLiteral("Close"), w);
-    cmdclose->setObjectName(QStringLiteral("cmdclose"));
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(cmdclear);
-    buttons->addWidget(cmdclose);
-    auto* layout = new QVBoxLayout(w);
-    layout->addWidget(latest);
-    layout->addWidget(list, 1);
-    layout->addLayout(buttons);
-
-    QObject::connect(cmdclear, &QPushButton::clicked, list, [list, latest] {
+    const DialogFrame frame =
+        frameDialog(*w, QString(), QString(), {{{}, latest}, {{}, list}},
+                    {{"cmdclear", QStringLiteral("Clear"), QDialogButtonBox::ResetRole},
+                     {"cmdclose", QStringLiteral("Close"), QDialogButtonBox::RejectRole}});
+    QObject::connect(frame.button("cmdclear"), &QPushButton::clicked, list, [list, latest] {
         list->clear();
         latest->clear();
     });
-    QObject::connect(cmdclose, &QPushButton::clicked, w, &QDialog::hide);
+    QObject::connect(frame.button("cmdclose"), &QPushButton::clicked, w, &QDialog::hide);
+    makeAccessible(w);
 
     notices_ = w;
     latest_ = latest;
-    list_ = list;
+    noticeList_ = list;
     return w;
 }
 
@@ -155,10 +157,10 @@ void WidgetPrompts::notice(const QString& text, const QString& title, Icon icon)
     auto* item =
         new QListWidgetItem(w->style()->standardIcon(listIcon(icon)),
                             stamp + QStringLiteral("  ") + heading + QStringLiteral(": ") + text);
-    list_->insertItem(0, item);
-    while (list_->count() > NoticeLimit)
-        delete list_->takeItem(list_->count() - 1);
-    list_->setCurrentRow(0);
+    noticeList_->insertItem(0, item);
+    while (noticeList_->count() > NoticeLimit)
+        delete noticeList_->takeItem(noticeList_->count() - 1);
+    noticeList_->setCurrentRow(0);
 
     // A flood raises the window once a second, not once a notice.
     const qint32 now = clock_.tickCount();

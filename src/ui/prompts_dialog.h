@@ -38,7 +38,7 @@ private:
     QPointer<QWidget> parent_;
     QPointer<QDialog> notices_;
     QPointer<QLabel> latest_;
-    QPointer<QListWidget> list_;
+    QPointer<QListWidget> noticeList_;
     QPointer<ConsoleBoxDialog> modeless_;
     qint32 raisedAt_ = 0;
 };
