@@ -128,11 +128,12 @@ private Q_SLOTS:
                              "pcstat, stopwatch"),
                  QStringLiteral("ID-00001|09:00:00|17|0|ID-00001:Reyes, Ana|2026-11-15|-123456|"
                                 "42000|PAU|45"));
-        QVERIFY(x.log.markSessionOut(QStringLiteral("id-00001"), r.startTime));
+        QVERIFY(!x.log.markSessionOut(4, QStringLiteral("id-00001"), r.startTime)); // not its PC
+        QVERIFY(x.log.markSessionOut(17, QStringLiteral("id-00001"), r.startTime));
         QCOMPARE(x.fields(1, "aindex, isout"), QStringLiteral("17|-1"));
         QCOMPARE(x.fields(2, "aindex, isout"), QStringLiteral("4|0"));
         // Out is out: no second closing and no more clock saves.
-        QVERIFY(!x.log.markSessionOut(r.cid, r.startTime));
+        QVERIFY(!x.log.markSessionOut(17, r.cid, r.startTime));
         QVERIFY(!x.log.updateSessionRow(r));
     }
 
@@ -162,13 +163,15 @@ private Q_SLOTS:
         const QString id = QStringLiteral("ID-00001"), at = QStringLiteral("09:00:00");
         const qint64 tested = x.insert(id, at, 3, Today.addDays(rowDay), rowIsout);
         // Rows that never match: yesterday's, a closed one, another start.
+        // Rows that never match: yesterday's, a closed one, another start, another PC.
         const qint64 a = x.insert(id, at, 3, Today.addDays(-1)), b = x.insert(id, at, 3, Today, -1),
-                     c = x.insert(id, QStringLiteral("10:00:00"), 4, Today);
+                     c = x.insert(id, QStringLiteral("10:00:00"), 4, Today),
+                     d = x.insert(id.toLower(), at, 5, Today);
         QCOMPARE(x.log.updateSessionRow(session(cid, start, 3, 777000, "PAU", "45")), found);
         QCOMPARE(x.fields(tested),
                  (found ? "777000|PAU|45|" : "0|LOG|U|") + QString::number(rowIsout));
-        QCOMPARE(QStringList({x.fields(a), x.fields(b), x.fields(c)}),
-                 QStringList({"0|LOG|U|0", "0|LOG|U|-1", "0|LOG|U|0"}));
+        QCOMPARE(QStringList({x.fields(a), x.fields(b), x.fields(c), x.fields(d)}),
+                 QStringList({"0|LOG|U|0", "0|LOG|U|-1", "0|LOG|U|0", "0|LOG|U|0"}));
     }
 
     // Through the console's start-up on ten PCs; panel 2 is written only when some came back.

@@ -43,7 +43,7 @@ private Q_SLOTS:
         Pair pair;
         QVERIFY(pair.up(3));
         QSignalSpy done(&pair.console().snapshots(), &SnapshotReceiver::received);
-        QVERIFY(pair.console().control().sendToPc(3, Msg::requestSnapshot()));
+        QVERIFY(pair.console().snapshots().request(3));
         QVERIFY(done.wait(20000));
         QFile file(done.at(0).at(0).toString());
         QVERIFY(file.open(QIODevice::ReadOnly));

@@ -11,10 +11,25 @@ Console::Console(Clock& clock, Prompts& prompts, const AppFolder& folder, QObjec
       board_(timeLimits_), parts_{terminals_,  sessionLog_, control_, timeLimits_,
                                   messageLog_, prompts_,    clock_},
       terminalMessages_(server_, registry_, parts_, folder_),
-      snapshots_(server_, registry_, terminals_, messageLog_, folder_) {
+      snapshots_(server_, control_, registry_, terminals_, messageLog_, folder_, clock_) {
     terminals_.init(nofpc_);
     terminalMessages_.setMemberCheck([this](const QString& id, const QString& name) {
-        return checkMemberLogIn(database_, id, name).has_value();
+        return checkMemberLogIn(database_, id, name);
+    });
+    sessionLog_.setWriteFailureHandler([this](const QString& reason) {
+        const QString text =
+            QStringLiteral("The database %1 cannot be written: %2\nSessions go on; what could not "
+                           "be saved is saved as soon as the database takes writes again.")
+                .arg(database_.path(), reason);
+        messageLog_.logMessage(QStringLiteral("DB ERR: ") + text);
+        prompts_.notice(text, QStringLiteral("Database error"), Prompts::Icon::Critical);
+    });
+    connect(&server_, &TerminalServer::unidentifiedShed, this, [this](int count) {
+        prompts_.notice(QStringLiteral("%1 connections that had not said which PC they are were "
+                                       "closed to make room for the terminals. A program on the "
+                                       "network may be flooding the console.")
+                            .arg(count),
+                        QStringLiteral("Connections"), Prompts::Icon::Exclamation);
     });
     connect(&rates_, &Rates::changed, this, [this] {
         terminalMessages_.setRates(rates_.ratePerHour(), rates_.minimumMinutes(),
@@ -39,6 +54,7 @@ Console::StartupReport Console::startUp(quint16 port, const QString& odbcIniPath
     reportConnection_ = ReportSource::setReportConnection(folder_);
 
     terminals_.init(nofpc_);
+    server_.setUnidentifiedLimit(4 * nofpc_ + 64);
     rates_.resetDefaults();
     rates_.loadServices(database_);
     if (!rates_.loadRates(database_))

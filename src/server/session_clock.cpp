@@ -13,7 +13,7 @@ void bankRunningStretch(TerminalRecord& record, qint32 tickNow) {
     record.bankedMs = tickAdd(record.bankedMs, tickSub(tickNow, record.startTick));
 }
 
-void pauseOnLostConnection(const SessionParts& parts, const QString& address) {
+QList<int> pauseOnLostConnection(const SessionParts& parts, const QString& address) {
     TerminalTable& table = parts.table;
     bool running = false;
     for (int p = 1; p <= table.count(); ++p) {
@@ -21,10 +21,11 @@ void pauseOnLostConnection(const SessionParts& parts, const QString& address) {
         running |= r.address == address && r.state == TerminalState::Running && r.logged;
     }
     if (!running)
-        return;
+        return {};
     parts.messageLog.logMessage(QStringLiteral("CONN ERR: ") + address +
                                 QStringLiteral(" Socket Force closed"));
     const qint32 now = parts.clock.tickCount();
+    QList<int> paused;
     for (int p = 1; p <= table.count(); ++p) {
         if (!table.at(p).logged || table.at(p).address != address)
             continue;
@@ -32,7 +33,9 @@ void pauseOnLostConnection(const SessionParts& parts, const QString& address) {
         r->bankedMs = tickSub(now, r->startTick);
         r->state = TerminalState::Paused;
         parts.sessionLog.updateSessionRow(*r);
+        paused << p;
     }
+    return paused;
 }
 
 void mainTimerTick(const TerminalTable& table, const TerminalServer& server, StatusPanels& panels,

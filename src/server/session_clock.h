@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <QtGlobal>
 
@@ -22,8 +23,9 @@ void bankRunningStretch(TerminalRecord& record, qint32 tickNow);
 // A lost connection pauses the sessions of its address: when one of them runs, each
 // session on that address is paused with its banked time replaced by the time since its
 // start or last resume (time banked by earlier pauses is lost; kept as the console has
-// always done it), and the loss is logged.
-void pauseOnLostConnection(const SessionParts& parts, const QString& address);
+// always done it), and the loss is logged. The PCs paused; each is paused in memory even
+// when its row cannot be written now.
+QList<int> pauseOnLostConnection(const SessionParts& parts, const QString& address);
 
 // The main window's timer: the status panels of sessions, sockets, port and date.
 void mainTimerTick(const TerminalTable& table, const TerminalServer& server, StatusPanels& panels,

@@ -2,37 +2,89 @@
 
 namespace {
 // COLLATE NOCASE in the statement, not only on the column: a file made by another tool
-// declares plain TEXT columns, and the ids must still match in any letter case.
+// declares plain TEXT columns, and the ids must still match in any letter case. The PC
+// number keeps two spellings of one id on two PCs apart.
 const QString openToday =
-    QStringLiteral("FROM templog WHERE datelog = ? AND coalesce(isout, 0) = 0 AND "
+    QStringLiteral("FROM templog WHERE datelog = ? AND coalesce(isout, 0) = 0 AND aindex = ? AND "
                    "CID = ? COLLATE NOCASE AND StartTime = ? COLLATE NOCASE");
 } // namespace
 
 void SessionLog::insertSessionRow(const TerminalRecord& r) {
-    DbSession s(db_);
-    s.run(QStringLiteral("INSERT INTO templog (CID, StartTime, aindex, isout, cdtls, datelog, "
-                         "TickStart, BkTick, pcstat, stopwatch) VALUES (?, ?, ?, ?, ?, ?, ?, ?, "
-                         "?, ?)"),
-          {r.cid, r.startTime, int(r.pcNumber), yesNo(false), r.customerLabel, clock_.today(),
-           r.startTick, r.bankedMs, r.stateCode(), r.timeLimit});
+    try {
+        DbSession s(db_);
+        s.run(QStringLiteral("INSERT INTO templog (CID, StartTime, aindex, isout, cdtls, datelog, "
+                             "TickStart, BkTick, pcstat, stopwatch) VALUES (?, ?, ?, ?, ?, ?, ?, "
+                             "?, ?, ?)"),
+              {r.cid, r.startTime, int(r.pcNumber), yesNo(false), r.customerLabel, clock_.today(),
+               r.startTick, r.bankedMs, r.stateCode(), r.timeLimit});
+    } catch (const StoreError& e) {
+        failed(e);
+        throw;
+    }
+    succeeded();
 }
 
 bool SessionLog::updateSessionRow(const TerminalRecord& r) {
+    const ClockSave save{int(r.pcNumber), r.cid,         r.startTime,
+                         r.bankedMs,      r.stateCode(), r.timeLimit};
+    try {
+        const bool found = write(save);
+        pending_.erase(save.pc);
+        succeeded();
+        return found;
+    } catch (const StoreError& e) {
+        pending_[save.pc] = save;
+        failed(e);
+        return false;
+    }
+}
+
+bool SessionLog::write(const ClockSave& c) {
     DbSession s(db_);
     // Only the first matching row, as the record-set edit did.
     auto q = s.run(QStringLiteral("UPDATE templog SET BkTick = ?, pcstat = ?, stopwatch = ? "
                                   "WHERE rowid = (SELECT rowid ") +
                        openToday + QStringLiteral(" ORDER BY rowid LIMIT 1)"),
-                   {r.bankedMs, r.stateCode(), r.timeLimit, clock_.today(), r.cid, r.startTime});
+                   {c.bankedMs, c.state, c.timeLimit, clock_.today(), c.pc, c.cid, c.startTime});
     return q.numRowsAffected() > 0;
 }
 
-bool SessionLog::markSessionOut(const QString& cid, const QString& startTime) {
-    DbSession s(db_);
-    auto q = s.run(QStringLiteral("UPDATE templog SET isout = ? WHERE rowid = (SELECT rowid ") +
-                       openToday + QStringLiteral(" ORDER BY rowid LIMIT 1)"),
-                   {yesNo(true), clock_.today(), cid, startTime});
-    return q.numRowsAffected() > 0;
+bool SessionLog::markSessionOut(int pc, const QString& cid, const QString& startTime) {
+    bool found = false;
+    try {
+        DbSession s(db_);
+        auto q = s.run(QStringLiteral("UPDATE templog SET isout = ? WHERE rowid = (SELECT rowid ") +
+                           openToday + QStringLiteral(" ORDER BY rowid LIMIT 1)"),
+                       {yesNo(true), clock_.today(), pc, cid, startTime});
+        found = q.numRowsAffected() > 0;
+    } catch (const StoreError& e) {
+        failed(e);
+        throw;
+    }
+    pending_.erase(pc);
+    succeeded();
+    return found;
+}
+
+void SessionLog::succeeded() {
+    failing_ = false;
+    // The database takes writes again: what could not be saved before is saved now.
+    for (auto it = pending_.begin(); it != pending_.end();) {
+        try {
+            write(it->second);
+            it = pending_.erase(it);
+        } catch (const StoreError&) {
+            ++it;
+        }
+    }
+}
+
+void SessionLog::failed(const StoreError& e) {
+    if (failing_)
+        return;
+    failing_ = true;
+    if (onFailure_)
+        onFailure_(e.text());
 }
 
 SessionLog::Restored SessionLog::restoreSessions(TerminalTable& table) {

@@ -4,7 +4,6 @@
 #include "base/format.h"
 #include "base/prompts.h"
 #include "base/text.h"
-#include "server/message_log.h"
 #include "server/session_log.h"
 #include "server/session_parts.h"
 #include "server/terminal_control.h"
@@ -46,34 +45,35 @@ bool logOnPc(const SessionParts& parts, const QString& pcText, const QString& ci
         return false;
     }
 
-    auto r = table.edit(p);
-    r->startTime = formatTime(parts.clock.now().time(), QStringLiteral("HH:MM:SS"));
-    r->startTick = parts.clock.tickCount();
+    TerminalRecord r = table.at(p);
+    r.startTime = formatTime(parts.clock.now().time(), QStringLiteral("HH:MM:SS"));
+    r.startTick = parts.clock.tickCount();
     if (const QString ip = parts.control.peerAddress(socket); !ip.isEmpty())
-        r->address = ip;
-    parts.control.send(socket, Msg::startMeter(r->startTime));
-    r->customerLabel = cid.trimmed() + QLatin1Char(':') + name.trimmed();
-    r->logged = true;
-    r->auxFlag = false;
-    r->cid = cid;
+        r.address = ip;
+    r.customerLabel = cid.trimmed() + QLatin1Char(':') + name.trimmed();
+    r.logged = true;
+    r.auxFlag = false;
+    r.cid = cid;
     // The board's limit is read and then dropped on purpose: every session starts open
     // and the board applies its limit afterwards with "TLMT ".
-    r->timeLimit = parts.timeLimits.limitOfPc(p);
-    r->bankedMs = 0;
-    r->state = TerminalState::Running;
-    r->pcNumber = quint8(p);
-    r->timeLimit = QStringLiteral("U");
+    r.timeLimit = parts.timeLimits.limitOfPc(p);
+    r.bankedMs = 0;
+    r.state = TerminalState::Running;
+    r.pcNumber = quint8(p);
+    r.timeLimit = QStringLiteral("U");
+    // The row first: a session the database does not hold would be forgotten by a restart,
+    // so it does not start at all.
     try {
-        parts.sessionLog.insertSessionRow(*r);
+        parts.sessionLog.insertSessionRow(r);
     } catch (const StoreError& e) {
-        // The session runs all the same; the operator must know it is not mirrored.
-        parts.messageLog.logMessage(QStringLiteral("DB ERR: the session of %1 on PC %2 could "
-                                                   "not be saved: %3")
-                                        .arg(cid, QString::number(p), e.text()));
-        parts.prompts.notice(QStringLiteral("The session of %1 on PC %2 is running but could "
-                                            "not be saved in the database:\n%3")
-                                 .arg(cid, QString::number(p), e.text()),
-                             QStringLiteral("Database error"), Icon::Critical);
+        tell(parts, source,
+             QStringLiteral("The session of %1 on PC %2 was not started: the database cannot be "
+                            "written.\n%3")
+                 .arg(cid.trimmed(), QString::number(p), e.text()),
+             QStringLiteral("Database error"), Icon::Critical);
+        return false;
     }
+    *table.edit(p) = r;
+    parts.control.send(socket, Msg::startMeter(r.startTime));
     return true;
 }

@@ -1,51 +1,101 @@
 #include "server/snapshot_receiver.h"
 
 #include "base/app_folder.h"
+#include "base/clock.h"
 #include "server/message_log.h"
+#include "server/terminal_control.h"
 #include "server/terminal_server.h"
 #include "server/terminal_table.h"
 #include "store/terminal_registry.h"
 
-SnapshotReceiver::SnapshotReceiver(TerminalServer& server, const TerminalRegistry& registry,
-                                   const TerminalTable& table, MessageLog& log,
-                                   const AppFolder& folder)
-    : server_(server), registry_(registry), table_(table), log_(log), folder_(folder) {
+SnapshotReceiver::SnapshotReceiver(TerminalServer& server, TerminalControl& control,
+                                   const TerminalRegistry& registry, const TerminalTable& table,
+                                   MessageLog& log, const AppFolder& folder, const Clock& clock)
+    : server_(server), control_(control), registry_(registry), table_(table), log_(log),
+      folder_(folder), clock_(clock) {
     server_.setHandler(Protocol::TerminalWord::Snapshot,
-                       [this](int socket, const QByteArray& m) { onPiece(socket, m, true); });
-    server_.setPieceHandler([this](int socket, const QByteArray& m) { onPiece(socket, m, false); });
+                       [this](int socket, const QByteArray& m) { onFirstPiece(socket, m); });
+    server_.setPieceHandler([this](int socket, const QByteArray& m) { onPiece(socket, m); });
+    connect(&server_, &TerminalServer::connectionLost, this, [this](int socket) {
+        requested_.erase(socket);
+        if (file_ && socket == socket_)
+            abandon(QStringLiteral("the terminal's connection was lost"), true);
+    });
 }
 
-void SnapshotReceiver::onPiece(int socket, const QByteArray& piece, bool first) {
-    if (first) {
-        file_ = std::make_unique<QFile>(folder_.file(QString::fromLatin1(FileName)));
-        if (!file_->open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-            log_.logMessage(QStringLiteral("SNAPSHOT ERR: ") + file_->errorString());
-            file_.reset();
-            return;
-        }
-        pieces_ = 1;
-    } else {
-        if (!file_)
-            return; // not a snapshot, and no snapshot under way: nothing to do with it
-        ++pieces_;
-        Q_EMIT progress(QStringLiteral("Receiving bytes... ") +
-                        QString::number(qint64(pieces_) * PieceSize) + QStringLiteral(" Bytes"));
-    }
-    if (file_->write(piece) != piece.size()) {
+bool SnapshotReceiver::request(int pc) {
+    const int socket = control_.socketOfPc(pc);
+    if (socket == -1 || !control_.send(socket, Msg::requestSnapshot()))
+        return false;
+    requested_[socket] = clock_.tickCount();
+    return true;
+}
+
+void SnapshotReceiver::onFirstPiece(int socket, const QByteArray& piece) {
+    const auto asked = requested_.find(socket);
+    if (asked == requested_.end() ||
+        quint32(clock_.tickCount()) - quint32(asked->second) > quint32(RequestLifeMs))
+        return; // nobody asked this terminal for its screen: not a snapshot to keep
+    requested_.erase(asked);
+    if (file_)
+        abandon(QStringLiteral("another snapshot began"), false);
+    file_ = std::make_unique<QFile>(folder_.file(QString::fromLatin1(FileName)));
+    if (!file_->open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         log_.logMessage(QStringLiteral("SNAPSHOT ERR: ") + file_->errorString());
         file_.reset();
-        pieces_ = 0;
         return;
     }
-    if (piece.right(10).contains("Close"))
+    socket_ = socket;
+    pieces_ = 1;
+    bytes_ = 0;
+    if (write(piece) && piece.right(10).contains("Close"))
         finish(socket);
+}
+
+void SnapshotReceiver::onPiece(int socket, const QByteArray& piece) {
+    // Only the connection that began the snapshot adds to it; anything else is not a
+    // snapshot piece, and is left alone.
+    if (!file_ || socket != socket_)
+        return;
+    ++pieces_;
+    Q_EMIT progress(QStringLiteral("Receiving bytes... ") +
+                    QString::number(qint64(pieces_) * PieceSize) + QStringLiteral(" Bytes"));
+    if (write(piece) && piece.right(10).contains("Close"))
+        finish(socket);
+}
+
+bool SnapshotReceiver::write(const QByteArray& piece) {
+    bytes_ += piece.size();
+    if (bytes_ > mostBytes_) {
+        abandon(QStringLiteral("it is larger than %1 bytes, more than any screen").arg(mostBytes_),
+                true);
+        return false;
+    }
+    if (file_->write(piece) != piece.size()) {
+        abandon(file_->errorString(), false);
+        return false;
+    }
+    return true;
+}
+
+void SnapshotReceiver::abandon(const QString& why, bool remove) {
+    log_.logMessage(
+        QStringLiteral("SNAPSHOT ERR: dropped from %1: %2").arg(server_.peerAddress(socket_), why));
+    if (remove)
+        file_->remove();
+    file_.reset();
+    socket_ = 0;
+    pieces_ = 0;
+    bytes_ = 0;
 }
 
 void SnapshotReceiver::finish(int socket) {
     const QString path = file_->fileName();
     file_->close();
     file_.reset();
+    socket_ = 0;
     pieces_ = 0;
+    bytes_ = 0;
     Q_EMIT progress(QStringLiteral("Done.!"));
     QString title;
     const QString address = server_.peerAddress(socket);

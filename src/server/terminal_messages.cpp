@@ -23,7 +23,7 @@ int byteValue(const QString& text) {
 }
 
 QString textOf(const QByteArray& message) {
-    return QString::fromUtf8(message);
+    return decodeText(message);
 }
 } // namespace
 
@@ -86,11 +86,15 @@ void TerminalMessages::onCheckMember(int socket, const QString& payload) {
         return;
     if (!in->pcText.trimmed().isEmpty() && byteValue(in->pcText) < 0)
         return;
-    if (!memberCheck_ || !memberCheck_(in->id, in->name)) {
+    const std::optional<QString> member =
+        memberCheck_ ? memberCheck_(in->id, in->name) : std::nullopt;
+    if (!member) {
         server_.send(socket, Msg::invalidMember());
         return;
     }
-    if (!logOnPc(parts_, in->pcText, in->id, in->name, socket, LogOnSource::Terminal))
+    // The register's spelling: a second log-in of the same member in another letter case
+    // then meets the session already running.
+    if (!logOnPc(parts_, in->pcText, *member, in->name, socket, LogOnSource::Terminal))
         server_.send(socket, Msg::failedLog());
 }
 
@@ -105,6 +109,8 @@ void TerminalMessages::onIdentify(int socket, const QString& message) {
                                          .arg(table.count()));
         return;
     }
+    server_.markIdentified(socket);
+    pcOfSocket_[socket] = pc;
     registry_.registerTerminal(pc, address, socket);
     const int p = registry_.pcOfAddress(address);
     if (!table.contains(p))
@@ -116,14 +122,44 @@ void TerminalMessages::onIdentify(int socket, const QString& message) {
     r->address = address;
 }
 
-void TerminalMessages::onConnectionLost(int socket, const QString& address) {
+void TerminalMessages::onConnectionLost(int socket, const QString& address, bool identified) {
+    // A connection that never said which PC it is stops nothing: a program on a
+    // customer's PC could otherwise stop its own meter with a bare connect and close.
+    if (!identified)
+        return;
+    const auto known = pcOfSocket_.find(socket);
+    const int pc = known == pcOfSocket_.end() ? 0 : known->second;
+    if (known != pcOfSocket_.end())
+        pcOfSocket_.erase(known);
+    // Each step runs even when the one before could not write to the database.
     try {
-        if (const auto pc = registry_.markSocketGone(socket); pc && parts_.table.contains(*pc))
-            parts_.table.edit(*pc)->online = false;
-        pauseOnLostConnection(parts_, address);
+        registry_.markSocketGone(socket);
     } catch (const StoreError& e) {
         parts_.messageLog.logMessage(QStringLiteral("DB ERR: ") + e.text());
+    }
+    if (parts_.table.contains(pc) && parts_.table.at(pc).address == address)
+        parts_.table.edit(pc)->online = false;
+    QList<int> paused;
+    try {
+        paused = pauseOnLostConnection(parts_, address);
     } catch (const std::exception&) {
         // An overflow abandons the handling, as any error inside a socket event does.
+    }
+    // The PC may still be connected another way (the connection lost was a second one
+    // from its address): it is told of the pause and locks, as for any other pause.
+    const QList<int> others = server_.identifiedSocketsOf(address);
+    if (others.isEmpty())
+        return;
+    const int survivor = others.last();
+    for (int p : paused) {
+        server_.send(survivor, Msg::pause(parts_.table.at(p).bankedMs));
+        pcOfSocket_[survivor] = p;
+        auto r = parts_.table.edit(p);
+        r->online = true;
+        try {
+            registry_.registerTerminal(p, address, survivor);
+        } catch (const StoreError& e) {
+            parts_.messageLog.logMessage(QStringLiteral("DB ERR: ") + e.text());
+        }
     }
 }

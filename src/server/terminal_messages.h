@@ -8,6 +8,8 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
+#include <unordered_map>
 
 class AppFolder;
 class TerminalRegistry;
@@ -18,9 +20,10 @@ class TerminalServer;
 class TerminalMessages : public QObject {
     Q_OBJECT
 public:
-    // True when the id is a member's and the name, upper-cased, is the register's
-    // "LN, FN" upper-cased.
-    using MemberCheck = std::function<bool(const QString& id, const QString& name)>;
+    // The member's id as the register spells it, when the id is a member's (any letter
+    // case) and the name, upper-cased, is the register's "LN, FN" upper-cased.
+    using MemberCheck =
+        std::function<std::optional<QString>(const QString& id, const QString& name)>;
 
     TerminalMessages(TerminalServer& server, TerminalRegistry& registry, const SessionParts& parts,
                      const AppFolder& folder);
@@ -40,7 +43,7 @@ private:
     void onLogIn(int socket, const QString& payload);
     void onCheckMember(int socket, const QString& payload);
     void onIdentify(int socket, const QString& message);
-    void onConnectionLost(int socket, const QString& address);
+    void onConnectionLost(int socket, const QString& address, bool identified);
 
     TerminalServer& server_;
     TerminalRegistry& registry_;
@@ -48,4 +51,5 @@ private:
     const AppFolder& folder_;
     QByteArray ratesReply_;
     MemberCheck memberCheck_;
+    std::unordered_map<int, int> pcOfSocket_; // identified connections, in memory
 };

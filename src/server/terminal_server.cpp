@@ -6,16 +6,18 @@
 
 #include <QNetworkInterface>
 #include <QTcpSocket>
+#include <QTimer>
 
 TerminalServer::TerminalServer(MessageLog& log, StatusPanels& panels) : log_(log), panels_(panels) {
-    slots_.resize(1);
     connect(&listener_, &QTcpServer::newConnection, this, &TerminalServer::onNewConnection);
+    shedQuiet_.setSingleShot(true);
+    shedQuiet_.setInterval(60000);
+    connect(&shedQuiet_, &QTimer::timeout, this, &TerminalServer::reportShed);
 }
 
 TerminalServer::~TerminalServer() {
-    for (auto& s : slots_)
-        if (s.socket)
-            s.socket->disconnect(this);
+    for (auto& [index, slot] : slots_)
+        slot.socket->disconnect(this);
 }
 
 bool TerminalServer::startListening(quint16 port) {
@@ -42,42 +44,28 @@ void TerminalServer::setHandler(Protocol::TerminalWord word, Handler handler) {
     handlers_[size_t(word)] = std::move(handler);
 }
 
-void TerminalServer::setSocketCounter(qint16 counter) {
-    counter_ = counter;
-    if (slots_.size() < size_t(counter) + 1)
-        slots_.resize(size_t(counter) + 1);
-}
-
 TerminalServer::Slot* TerminalServer::slotAt(int socket) {
-    return socket >= 1 && size_t(socket) < slots_.size() ? &slots_[size_t(socket)] : nullptr;
+    const auto it = slots_.find(socket);
+    return it == slots_.end() ? nullptr : &it->second;
 }
 
 const TerminalServer::Slot* TerminalServer::slotAt(int socket) const {
-    return socket >= 1 && size_t(socket) < slots_.size() ? &slots_[size_t(socket)] : nullptr;
+    const auto it = slots_.find(socket);
+    return it == slots_.end() ? nullptr : &it->second;
 }
 
 void TerminalServer::onNewConnection() {
     while (QTcpSocket* socket = listener_.nextPendingConnection()) {
+        makeRoomForNewcomer();
         const QString peer = QHostAddress(socket->peerAddress().toIPv4Address()).toString();
         const QString request = QStringLiteral("RQST CONN : ") + peer;
-        if (counter_ == MostSockets) {
-            // The slot counter cannot grow further; the terminals already served go on.
-            log_.logMessage(request);
-            log_.logMessage(QStringLiteral("CONN ERR: %1 refused: all %2 connection slots "
-                                           "of this run are used; restart the console.")
-                                .arg(peer)
-                                .arg(MostSockets));
-            socket->abort();
-            socket->deleteLater();
-            continue;
-        }
-        ++counter_;
-        const int index = counter_;
-        slots_.resize(size_t(index) + 1);
+        const int index = ++counter_;
         panels_.set(StatusPanel::LastRequest, request);
         log_.logMessage(request);
         socket->setParent(this);
-        slots_[size_t(index)] = {socket, peer, socket->peerName()};
+        slots_[index] = Slot{socket, peer, socket->peerName()};
+        unidentified_.push_back(index);
+        ++unidentifiedCount_;
         connect(socket, &QTcpSocket::readyRead, this,
                 [this, socket, index] { handleMessage(index, socket->readAll()); });
         connect(socket, &QTcpSocket::disconnected, this, [this, index] { onSocketGone(index); });
@@ -88,6 +76,64 @@ void TerminalServer::onNewConnection() {
         });
         send(index, Msg::accept());
     }
+}
+
+void TerminalServer::makeRoomForNewcomer() {
+    // A flood of connections that never say who they are must not crowd the terminals out:
+    // the oldest of them goes, so that a terminal connecting now is still served.
+    while (unidentifiedCount_ >= unidentifiedLimit_ && !unidentified_.empty()) {
+        const int oldest = unidentified_.front();
+        unidentified_.pop_front();
+        Slot* slot = slotAt(oldest);
+        if (!slot || slot->identified)
+            continue;
+        slot->socket->abort(); // handled as lost, without pausing anything
+        ++shedPending_;
+        if (!shedQuiet_.isActive())
+            reportShed();
+    }
+    // The queue remembers every newcomer; forget those that have since identified or gone.
+    while (!unidentified_.empty()) {
+        const Slot* slot = slotAt(unidentified_.front());
+        if (slot && !slot->identified)
+            break;
+        unidentified_.pop_front();
+    }
+}
+
+void TerminalServer::reportShed() {
+    // Told at once, then at most once a minute with what was closed meanwhile.
+    if (shedPending_ == 0)
+        return;
+    log_.logMessage(QStringLiteral("CONN ERR: %1 connections that had not said which PC they are "
+                                   "were closed to make room (at most %2 may wait)")
+                        .arg(shedPending_)
+                        .arg(unidentifiedLimit_));
+    Q_EMIT unidentifiedShed(shedPending_);
+    shedPending_ = 0;
+    shedQuiet_.start();
+}
+
+void TerminalServer::markIdentified(int socket) {
+    Slot* slot = slotAt(socket);
+    if (!slot || slot->identified)
+        return;
+    slot->identified = true;
+    --unidentifiedCount_;
+}
+
+bool TerminalServer::isIdentified(int socket) const {
+    const Slot* slot = slotAt(socket);
+    return slot && slot->identified;
+}
+
+QList<int> TerminalServer::identifiedSocketsOf(const QString& address) const {
+    QList<int> found;
+    for (const auto& [index, slot] : slots_)
+        if (slot.identified && !slot.dropping && slot.peer == address)
+            found << index;
+    std::sort(found.begin(), found.end());
+    return found;
 }
 
 void TerminalServer::handleMessage(int socket, const QByteArray& message) {
@@ -106,12 +152,28 @@ void TerminalServer::handleMessage(int socket, const QByteArray& message) {
 
 bool TerminalServer::send(int socket, const QByteArray& message) {
     Slot* slot = slotAt(socket);
-    if (!slot || !slot->socket || slot->socket->state() != QAbstractSocket::ConnectedState)
+    if (!slot || slot->dropping || slot->socket->state() != QAbstractSocket::ConnectedState)
         return false;
+    if (slot->socket->bytesToWrite() + message.size() > MostUnsentBytes) {
+        drop(socket, QStringLiteral("it does not read what it is sent"));
+        return false;
+    }
     const bool whole = slot->socket->write(message) == message.size();
     // Out now, not at the next pass of the event loop.
     slot->socket->flush();
     return whole;
+}
+
+void TerminalServer::drop(int socket, const QString& why) {
+    Slot* slot = slotAt(socket);
+    if (!slot || slot->dropping)
+        return;
+    slot->dropping = true;
+    log_.logMessage(QStringLiteral("CONN ERR: %1 closed: %2").arg(slot->peer, why));
+    QTimer::singleShot(0, this, [this, socket] {
+        if (Slot* s = slotAt(socket))
+            s->socket->abort();
+    });
 }
 
 QString TerminalServer::peerAddress(int socket) const {
@@ -125,11 +187,14 @@ QString TerminalServer::peerName(int socket) const {
 }
 
 void TerminalServer::onSocketGone(int socket) {
-    Slot* slot = slotAt(socket);
-    if (!slot || !slot->socket)
+    const auto it = slots_.find(socket);
+    if (it == slots_.end())
         return;
-    slot->socket->disconnect(this);
-    slot->socket->deleteLater();
-    slot->socket = nullptr;
-    Q_EMIT connectionLost(socket, slot->peer);
+    const Slot slot = it->second;
+    slots_.erase(it);
+    if (!slot.identified)
+        --unidentifiedCount_;
+    slot.socket->disconnect(this);
+    slot.socket->deleteLater();
+    Q_EMIT connectionLost(socket, slot.peer, slot.identified);
 }
