@@ -24,6 +24,12 @@ enum class Shape {
     Binary,      // the prefix, then raw bytes (a snapshot's first piece)
 };
 
+// A screen snapshot travels as a bitmap file cut in pieces of this size, the last one
+// followed by the end mark; the console looks for the mark in a piece's last ten bytes.
+constexpr int SnapshotPieceSize = 8192;
+constexpr QByteArrayView SnapshotEnd = "Close";
+constexpr qsizetype SnapshotEndWindow = 10;
+
 // What a terminal sends, in the order the console tries them.
 enum class TerminalWord {
     LogOnDialog, // "Loa"

@@ -48,7 +48,7 @@ void SnapshotReceiver::onFirstPiece(int socket, const QByteArray& piece) {
     socket_ = socket;
     pieces_ = 1;
     bytes_ = 0;
-    if (write(piece) && piece.right(10).contains("Close"))
+    if (write(piece) && piece.right(Protocol::SnapshotEndWindow).contains(Protocol::SnapshotEnd))
         finish(socket);
 }
 
@@ -59,8 +59,9 @@ void SnapshotReceiver::onPiece(int socket, const QByteArray& piece) {
         return;
     ++pieces_;
     Q_EMIT progress(QStringLiteral("Receiving bytes... ") +
-                    QString::number(qint64(pieces_) * PieceSize) + QStringLiteral(" Bytes"));
-    if (write(piece) && piece.right(10).contains("Close"))
+                    QString::number(qint64(pieces_) * Protocol::SnapshotPieceSize) +
+                    QStringLiteral(" Bytes"));
+    if (write(piece) && piece.right(Protocol::SnapshotEndWindow).contains(Protocol::SnapshotEnd))
         finish(socket);
 }
 

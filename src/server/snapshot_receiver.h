@@ -24,7 +24,6 @@ class SnapshotReceiver : public QObject {
     Q_OBJECT
 public:
     static constexpr auto FileName = "TrmSnapShot.Bmp";
-    static constexpr int PieceSize = 8192;
     static constexpr qint64 MostBytes = qint64(64) << 20;
     static constexpr qint32 RequestLifeMs = 60000;
 

@@ -1,5 +1,7 @@
 #include "host_actions.h"
 
+#include "protocol/protocol.h"
+
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
@@ -175,10 +177,10 @@ QByteArray HostActions::encodeBitmap(const QImage& source) {
 
 QList<QByteArray> HostActions::snapshotPieces(const QByteArray& bitmap) {
     QList<QByteArray> pieces;
-    for (qsizetype at = 0; at < bitmap.size(); at += SnapshotPieceSize)
-        pieces.append(bitmap.mid(at, SnapshotPieceSize));
+    for (qsizetype at = 0; at < bitmap.size(); at += Protocol::SnapshotPieceSize)
+        pieces.append(bitmap.mid(at, Protocol::SnapshotPieceSize));
     if (pieces.isEmpty())
         pieces.append(QByteArray());
-    pieces.last().append("Close");
+    pieces.last().append(Protocol::SnapshotEnd.toByteArray());
     return pieces;
 }

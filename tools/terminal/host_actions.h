@@ -12,8 +12,6 @@ class QImage;
 // told to obey, since a test terminal runs on someone's own desktop.
 class HostActions {
 public:
-    static constexpr int SnapshotPieceSize = 8192;
-
     // What a request means on this machine, and whether it was carried out.
     struct Outcome {
         QString action;
@@ -39,7 +37,7 @@ public:
     // A 24-bit bitmap file of the image, padded at the end so that the low byte of
     // the file size is 0x36.
     static QByteArray encodeBitmap(const QImage& image);
-    // The bitmap in pieces of SnapshotPieceSize bytes, "Close" appended to the last.
+    // The bitmap in the protocol's pieces, the end mark appended to the last.
     static QList<QByteArray> snapshotPieces(const QByteArray& bitmap);
 
 private:
