@@ -4,8 +4,9 @@
 
 #include <QApplication>
 #include <QLineEdit>
-#include <QListWidget>
+#include <QListView>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
@@ -119,17 +120,32 @@ private Q_SLOTS:
             prompts.notice(QStringLiteral("EMT %1").arg(i), "PC 3", Prompts::Icon::Information);
         }
         QStringList shown;
-        QListWidget* list = nullptr;
+        QListView* list = nullptr;
         for (QWidget* w : QApplication::topLevelWidgets()) {
             if (w->isVisible())
                 shown << w->objectName() + (w->isModal() ? " (modal)" : "");
-            list = list ? list : part<QListWidget>(*w, "lstNotices");
+            list = list ? list : part<QListView>(*w, "lstNotices");
         }
         shown.sort();
         QCOMPARE(shown, QStringList({"MyMsgbox", "frmNotices"}));
-        QCOMPARE(list->count(), WidgetPrompts::NoticeLimit);
-        QVERIFY(list->item(0)->text().endsWith("PC 3: EMT 999"));
-        QVERIFY(list->item(list->count() - 1)->text().endsWith("PC 3: EMT 800"));
+        const QAbstractItemModel* notices = list->model();
+        QCOMPARE(notices->rowCount(), WidgetPrompts::NoticeLimit);
+        QVERIFY(notices->index(0, 0).data().toString().endsWith("PC 3: EMT 999"));
+        QVERIFY(notices->index(WidgetPrompts::NoticeLimit - 1, 0)
+                    .data()
+                    .toString()
+                    .endsWith("PC 3: EMT 800"));
+
+        // A long notice shows as one short line; the whole of it is a click away.
+        const QString longText = QString(60000, QLatin1Char('x')) + QStringLiteral("\nEND");
+        prompts.notice(longText, "PC 4", Prompts::Icon::Information);
+        const QString line = notices->index(0, 0).data().toString();
+        QVERIFY(line.size() <= WidgetPrompts::NoticeLineLength + 10);
+        QVERIFY(!line.contains(QLatin1Char('\n')));
+        auto* whole = list->window()->findChild<QPlainTextEdit*>("txtNotice");
+        QVERIFY(whole);
+        Q_EMIT list->clicked(notices->index(0, 0));
+        QVERIFY(whole->toPlainText().endsWith("PC 4: " + longText));
     }
 };
 

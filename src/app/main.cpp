@@ -2,6 +2,7 @@
 #include "base/clock.h"
 #include "console/console.h"
 #include "console/instance_lock.h"
+#include "console/startup_checks.h"
 #include "people/first_admin_dialog.h"
 #include "people/log_in.h"
 #include "people/log_in_dialog.h"
@@ -63,6 +64,7 @@ int main(int argc, char* argv[]) {
         parser.process(text);
     }
 
+    raiseOpenFilesLimit();
     QApplication app(argc, argv);
     QApplication::setApplicationDisplayName(QString::fromLatin1(ProgramName));
     parser.process(app);
@@ -87,6 +89,12 @@ int main(int argc, char* argv[]) {
     AppFolder folder(folderPath);
     Console console(clock, prompts, folder);
 
+    // A folder that cannot be written is said to be so before anything else is tried.
+    if (const QString problem = dataFolderProblem(folder.path()); !problem.isEmpty()) {
+        fail(prompts, problem);
+        return 1;
+    }
+
     // Storage and the operator's log-in come first; on any failure nothing is written.
     try {
         console.openStorage();
@@ -110,8 +118,14 @@ int main(int argc, char* argv[]) {
     prompts.setParentWindow(&window);
     InstanceLock instance(folder);
     if (!instance.tryLock()) {
-        prompts.message(QStringLiteral("Application is already Running"),
-                        QString::fromLatin1(ProgramName), Prompts::Icon::Exclamation);
+        if (instance.heldElsewhere())
+            prompts.message(QStringLiteral("Application is already Running"),
+                            QString::fromLatin1(ProgramName), Prompts::Icon::Exclamation);
+        else
+            fail(prompts, dataFolderProblem(folder.path()).isEmpty()
+                              ? QStringLiteral("The console cannot lock its data folder %1.")
+                                    .arg(folder.path())
+                              : dataFolderProblem(folder.path()));
         return 1;
     }
     Console::StartupReport report;

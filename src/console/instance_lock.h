@@ -14,8 +14,11 @@ public:
     explicit InstanceLock(const AppFolder& folder);
 
     // True when this console now holds the folder; false when another running console
-    // does (or the folder cannot hold a lock file at all).
+    // does, or when the folder cannot hold a lock file at all (heldElsewhere() tells which).
     bool tryLock();
+    // After a refusal: another console holds the folder, rather than the folder refusing
+    // the lock file (read-only, missing).
+    bool heldElsewhere() const { return lock_.error() == QLockFile::LockFailedError; }
     bool isLocked() const { return lock_.isLocked(); }
     void unlock() { lock_.unlock(); }
 

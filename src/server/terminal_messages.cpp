@@ -1,6 +1,7 @@
 #include "server/terminal_messages.h"
 
 #include "base/app_folder.h"
+#include "base/clock.h"
 #include "base/prompts.h"
 #include "base/text.h"
 #include "server/message_log.h"
@@ -55,15 +56,58 @@ TerminalMessages::TerminalMessages(TerminalServer& server, TerminalRegistry& reg
     on(TerminalWord::Products, [this](int socket, const QByteArray&) {
         server_.send(socket, Msg::products(ProductList::listText(folder_)));
     });
-    on(TerminalWord::Alert, [this](int, const QByteArray& m) {
-        parts_.prompts.notice(textOf(m), QString(), Prompts::Icon::None);
-    });
+    on(TerminalWord::Alert,
+       [this](int socket, const QByteArray& m) { onAlert(socket, textOf(m)); });
     on(TerminalWord::Processes, [this](int, const QByteArray& m) {
         QStringList items = Protocol::payloadOf(textOf(m)).split(QLatin1Char(';'));
         items.removeAll(QString());
         Q_EMIT processesReceived(items);
     });
     connect(&server_, &TerminalServer::connectionLost, this, &TerminalMessages::onConnectionLost);
+    noticeTimer_.setInterval(1000);
+    connect(&noticeTimer_, &QTimer::timeout, this, &TerminalMessages::sumUpNotices);
+}
+
+void TerminalMessages::onAlert(int socket, const QString& text) {
+    const auto pc = pcOfSocket_.find(socket);
+    const QString who = pc != pcOfSocket_.end() ? QStringLiteral("PC %1").arg(pc->second)
+                                                : server_.peerAddress(socket);
+    NoticeSecond& n = notices_[who];
+    const qint32 now = parts_.clock.tickCount();
+    if (quint32(now) - quint32(n.since) >= 1000u) {
+        if (n.held > 0)
+            parts_.prompts.notice(QStringLiteral("%1 sent %2 more notices").arg(who).arg(n.held),
+                                  QString(), Prompts::Icon::Exclamation);
+        n = {now, 0, 0};
+    }
+    if (n.shown < NoticesPerSecond) {
+        ++n.shown;
+        parts_.prompts.notice(text, QString(), Prompts::Icon::None);
+        return;
+    }
+    ++n.held;
+    if (!noticeTimer_.isActive())
+        noticeTimer_.start();
+}
+
+void TerminalMessages::sumUpNotices() {
+    const qint32 now = parts_.clock.tickCount();
+    bool waiting = false;
+    for (auto it = notices_.begin(); it != notices_.end();) {
+        NoticeSecond& n = it->second;
+        if (quint32(now) - quint32(n.since) >= 1000u) {
+            if (n.held > 0)
+                parts_.prompts.notice(
+                    QStringLiteral("%1 sent %2 more notices").arg(it->first).arg(n.held), QString(),
+                    Prompts::Icon::Exclamation);
+            it = notices_.erase(it);
+            continue;
+        }
+        waiting |= n.held > 0;
+        ++it;
+    }
+    if (!waiting)
+        noticeTimer_.stop();
 }
 
 void TerminalMessages::setRates(double ratePerHour, qint32 minimumMinutes, Money minimumAmount) {

@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QObject>
 #include <QStringList>
+#include <QTimer>
 
 #include <functional>
 #include <optional>
@@ -33,6 +34,10 @@ public:
     QByteArray ratesReply() const { return ratesReply_; }
     void setMemberCheck(MemberCheck check) { memberCheck_ = std::move(check); }
 
+    // A terminal's notices ("EMT"): this many a second reach the operator; the rest are
+    // counted and summed up in one notice when the second is over.
+    static constexpr int NoticesPerSecond = 3;
+
 Q_SIGNALS:
     // "Loa": a terminal asks for the log-on dialog.
     void logOnDialogRequested();
@@ -44,6 +49,8 @@ private:
     void onCheckMember(int socket, const QString& payload);
     void onIdentify(int socket, const QString& message);
     void onConnectionLost(int socket, const QString& address, bool identified);
+    void onAlert(int socket, const QString& text);
+    void sumUpNotices();
 
     TerminalServer& server_;
     TerminalRegistry& registry_;
@@ -52,4 +59,11 @@ private:
     QByteArray ratesReply_;
     MemberCheck memberCheck_;
     std::unordered_map<int, int> pcOfSocket_; // identified connections, in memory
+    struct NoticeSecond {
+        qint32 since = 0; // up-time counter when this terminal's second began
+        int shown = 0;
+        int held = 0;
+    };
+    std::unordered_map<QString, NoticeSecond> notices_; // by "PC 7", or the address
+    QTimer noticeTimer_;
 };

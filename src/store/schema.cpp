@@ -144,6 +144,25 @@ QStringList inspect(const QString& path) {
                              .toStdString());
     }
 
+    // A file damaged in its middle still lists its tables; it would fail later, at some
+    // log-in, with a bare engine message. Its pages are read once here instead.
+    QString damage;
+    try {
+        const auto rows = c.rows(QStringLiteral("PRAGMA quick_check"));
+        if (rows.isEmpty() || rows.first().value(0).toString() != QLatin1String("ok"))
+            damage = rows.isEmpty() ? QStringLiteral("no answer to the check")
+                                    : rows.first().value(0).toString();
+    } catch (const StoreError& e) {
+        damage = e.text();
+    }
+    if (!damage.isEmpty())
+        throw StoreError(QStringLiteral("The database file %1 is damaged (%2). Nothing was "
+                                        "written to it. Restore the last backup (Tarvo System, "
+                                        "Back-Up Database makes one a day) in its place and start "
+                                        "the console again.")
+                             .arg(path, damage)
+                             .toStdString());
+
     int ours = 0;
     for (const auto& t : tables())
         ours += present.contains(QString::fromLatin1(t.name).toLower());

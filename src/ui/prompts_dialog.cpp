@@ -7,9 +7,11 @@
 
 #include <QDialog>
 #include <QLabel>
-#include <QListWidget>
+#include <QListView>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QStandardItemModel>
 #include <QStyle>
 
 namespace {
@@ -125,19 +127,35 @@ QDialog* WidgetPrompts::noticeWindow() {
     QFont bold = latest->font();
     bold.setBold(true);
     latest->setFont(bold);
-    auto* list = new QListWidget(w);
+    // One line per notice, all of one height: adding a notice costs the same however many
+    // are shown, even when a terminal floods the console with long ones.
+    auto* model = new QStandardItemModel(w);
+    auto* list = new QListView(w);
     list->setObjectName(QStringLiteral("lstNotices"));
     list->setAccessibleName(QStringLiteral("Notices"));
-    list->setWordWrap(true);
-    list->setUniformItemSizes(false);
+    list->setModel(model);
+    list->setUniformItemSizes(true);
+    list->setWordWrap(false);
+    list->setTextElideMode(Qt::ElideRight);
+    list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    auto* text = new QPlainTextEdit(w);
+    text->setObjectName(QStringLiteral("txtNotice"));
+    text->setAccessibleName(QStringLiteral("Whole notice"));
+    text->setReadOnly(true);
+    text->setMaximumHeight(96);
+    text->setPlaceholderText(QStringLiteral("Choose a notice to read it whole."));
+    QObject::connect(list, &QListView::clicked, text, [text](const QModelIndex& index) {
+        text->setPlainText(index.data(FullTextRole).toString());
+    });
 
     const DialogFrame frame =
-        frameDialog(*w, QString(), QString(), {{{}, latest}, {{}, list}},
+        frameDialog(*w, QString(), QString(), {{{}, latest}, {{}, list}, {{}, text}},
                     {{"cmdclear", QStringLiteral("Clear"), QDialogButtonBox::ResetRole},
                      {"cmdclose", QStringLiteral("Close"), QDialogButtonBox::RejectRole}});
-    QObject::connect(frame.button("cmdclear"), &QPushButton::clicked, list, [list, latest] {
-        list->clear();
+    QObject::connect(frame.button("cmdclear"), &QPushButton::clicked, model, [model, latest, text] {
+        model->clear();
         latest->clear();
+        text->clear();
     });
     QObject::connect(frame.button("cmdclose"), &QPushButton::clicked, w, &QDialog::hide);
     makeAccessible(w);
@@ -145,22 +163,35 @@ QDialog* WidgetPrompts::noticeWindow() {
     notices_ = w;
     latest_ = latest;
     noticeList_ = list;
+    noticeModel_ = model;
+    noticeText_ = text;
     return w;
 }
+
+namespace {
+// A notice as one line of at most `length` characters.
+QString oneLine(QString text, int length) {
+    if (text.size() > length)
+        text = text.left(length - 1) + QChar(0x2026);
+    return text.replace(QLatin1Char('\r'), QLatin1Char(' '))
+        .replace(QLatin1Char('\n'), QLatin1Char(' '));
+}
+} // namespace
 
 void WidgetPrompts::notice(const QString& text, const QString& title, Icon icon) {
     QDialog* w = noticeWindow();
     const QString heading = titleOrName(title);
-    latest_->setText(heading + QStringLiteral(": ") + text);
+    const QString whole = heading + QStringLiteral(": ") + text;
+    latest_->setText(oneLine(whole, NoticeLineLength));
 
     const QString stamp = clock_.now().time().toString(QStringLiteral("HH:mm:ss"));
-    auto* item =
-        new QListWidgetItem(w->style()->standardIcon(listIcon(icon)),
-                            stamp + QStringLiteral("  ") + heading + QStringLiteral(": ") + text);
-    noticeList_->insertItem(0, item);
-    while (noticeList_->count() > NoticeLimit)
-        delete noticeList_->takeItem(noticeList_->count() - 1);
-    noticeList_->setCurrentRow(0);
+    auto* item = new QStandardItem(w->style()->standardIcon(listIcon(icon)),
+                                   stamp + QStringLiteral("  ") + oneLine(whole, NoticeLineLength));
+    item->setData(stamp + QStringLiteral("  ") + whole, FullTextRole);
+    item->setToolTip(QStringLiteral("Click to read the whole notice below."));
+    noticeModel_->insertRow(0, item);
+    if (noticeModel_->rowCount() > NoticeLimit)
+        noticeModel_->removeRows(NoticeLimit, noticeModel_->rowCount() - NoticeLimit);
 
     // A flood raises the window once a second, not once a notice.
     const qint32 now = clock_.tickCount();

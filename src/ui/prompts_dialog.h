@@ -8,7 +8,9 @@ class Clock;
 class ConsoleBoxDialog;
 class QDialog;
 class QLabel;
-class QListWidget;
+class QListView;
+class QPlainTextEdit;
+class QStandardItemModel;
 class QWidget;
 
 // The boxes the operator sees. Questions are real message boxes; notices, which come
@@ -30,6 +32,11 @@ public:
 
     // The most notices the window keeps; older ones drop off the end.
     static constexpr int NoticeLimit = 200;
+    // A notice's line in the list and the latest line show at most this much; the whole
+    // text shows below the list when its line is chosen.
+    static constexpr int NoticeLineLength = 300;
+    // The full text of a notice, kept with its line.
+    static constexpr int FullTextRole = Qt::UserRole + 1;
 
 private:
     QDialog* noticeWindow();
@@ -38,7 +45,9 @@ private:
     QPointer<QWidget> parent_;
     QPointer<QDialog> notices_;
     QPointer<QLabel> latest_;
-    QPointer<QListWidget> noticeList_;
+    QPointer<QListView> noticeList_;
+    QPointer<QStandardItemModel> noticeModel_;
+    QPointer<QPlainTextEdit> noticeText_;
     QPointer<ConsoleBoxDialog> modeless_;
     qint32 raisedAt_ = 0;
 };

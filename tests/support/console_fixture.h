@@ -17,6 +17,10 @@ struct ConsoleFixture {
     std::unique_ptr<Console> console;
 
     ConsoleFixture() { folder = std::make_unique<AppFolder>(dir.path()); }
+    // The console's data in another folder (a scratch disk, say).
+    explicit ConsoleFixture(const QString& dataFolder) {
+        folder = std::make_unique<AppFolder>(dataFolder);
+    }
 
     // Settings with this many terminals (none: the file is left to be created).
     void writeSettings(const QByteArray& content);
