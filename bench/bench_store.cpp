@@ -215,8 +215,8 @@ int main(int argc, char** argv) {
         std::printf("look-up (today's rental sum): median %.0f us of 200 runs "
                     "(sum %.2f)\n",
                     lookupMedian, todaysRentals);
-        std::printf("socketOfPc: median %.0f us of 200 runs (PC %d -> %d)\n",
-                    socketMedian, pc, socket);
+        std::printf("socketOfPc: median %.0f us of 200 runs (PC %d -> %d)\n", socketMedian, pc,
+                    socket);
         printPlan(db, "restore",
                   QStringLiteral("SELECT CID FROM templog WHERE datelog = ? AND "
                                  "coalesce(isout, 0) = 0 ORDER BY rowid"),

@@ -1,6 +1,7 @@
 #include "console_process.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QTextStream>
 
@@ -24,16 +25,31 @@ ConsoleProcess::~ConsoleProcess() {
     }
 }
 
-bool ConsoleProcess::start(int terminals) {
+void ConsoleProcess::attach(quint16 port, const QString& dataFolder, qint64 pid) {
+    port_ = port;
+    data_ = dataFolder;
+    pid_ = pid;
+}
+
+int ConsoleProcess::openFiles() const {
+    const QDir fds(QStringLiteral("/proc/%1/fd").arg(pid_));
+    return fds.exists() ? int(fds.entryList(QDir::Files | QDir::System).size()) : -1;
+}
+
+bool ConsoleProcess::start(int terminals, bool window) {
     const QString program =
         QCoreApplication::applicationDirPath() + QStringLiteral("/tarvo-bench-console");
     process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process_.start(program, {QStringLiteral("--terminals"), QString::number(terminals)});
+    QStringList arguments = {QStringLiteral("--terminals"), QString::number(terminals)};
+    if (window)
+        arguments << QStringLiteral("--window");
+    process_.start(program, arguments);
     QTextStream err(stderr);
     if (!process_.waitForStarted(10000)) {
         err << "cannot start " << program << Qt::endl;
         return false;
     }
+    pid_ = process_.processId();
     while (port_ == 0 || data_.isEmpty()) {
         if (!process_.canReadLine() && !process_.waitForReadyRead(20000)) {
             err << "the console did not say its port" << Qt::endl;
@@ -51,7 +67,7 @@ bool ConsoleProcess::start(int terminals) {
 }
 
 long ConsoleProcess::residentKb() const {
-    QFile status(QStringLiteral("/proc/%1/status").arg(process_.processId()));
+    QFile status(QStringLiteral("/proc/%1/status").arg(pid_));
     if (!status.open(QIODevice::ReadOnly | QIODevice::Text))
         return 0;
     for (const QByteArray& line : status.readAll().split('\n'))

@@ -11,8 +11,15 @@
 class ConsoleProcess {
 public:
     ~ConsoleProcess();
-    // Starts it with this many terminals; false, said on stderr, when it does not come up.
-    bool start(int terminals);
+    // Starts it with this many terminals (and its window); false, said on stderr, when it
+    // does not come up.
+    bool start(int terminals, bool window = false);
+    // Or measures a console already running (the real program), by its port, data folder
+    // and process id.
+    void attach(quint16 port, const QString& dataFolder, qint64 pid);
+    qint64 pid() const { return pid_; }
+    // Open file descriptors of the console process (connections among them), -1 when unknown.
+    int openFiles() const;
     quint16 port() const { return port_; }
     QString dataFolder() const { return data_; }
     // The console process's resident memory in kB, 0 when unknown.
@@ -22,6 +29,7 @@ private:
     QProcess process_;
     quint16 port_ = 0;
     QString data_;
+    qint64 pid_ = 0;
 };
 
 // A blocking loopback connection with Nagle off, bound to `local` (e.g. "127.0.0.5").

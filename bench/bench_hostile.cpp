@@ -1,0 +1,205 @@
+// What hostile programs on the café's network do to a console in another process, and
+// what the console still answers meanwhile: 10,000 connections that never identify, a
+// flood of 60 kB notices, and a terminal that asks for a large product list thousands of
+// times without reading. Prints the connections held at the peak, the rates reply during
+// each attack, the console's peak memory, and the database's integrity check at the end.
+// With --port P --data DIR --pid PID it attacks a console already running (the real
+// program) instead of starting one.
+#include "console_process.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTextStream>
+#include <QThread>
+
+#include <vector>
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+using Clock = std::chrono::steady_clock;
+QTextStream out(stdout);
+
+void raiseLimit() {
+    rlimit files{};
+    getrlimit(RLIMIT_NOFILE, &files);
+    files.rlim_cur = files.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &files);
+}
+
+// An identified terminal from its own address; -1 when the console did not accept it.
+int terminal(quint16 port, int pc) {
+    const QByteArray address = "127.0.0." + QByteArray::number(pc);
+    const int fd = connectTo(port, address.constData());
+    char accept[4];
+    if (fd < 0 || !readExactly(fd, accept, 4))
+        return -1;
+    const QByteArray aip = "AIP" + QByteArray::number(pc);
+    ::send(fd, aip.constData(), size_t(aip.size()), 0);
+    QThread::msleep(50); // read as a message of its own
+    return fd;
+}
+
+// One rates request and its whole answer; the round trip, or -1 when none came.
+double ratesRoundTrip(int fd) {
+    static const qsizetype ReplyBytes = 16; // "SRPH 20.:30.;10."
+    char reply[64];
+    const auto start = Clock::now();
+    if (::send(fd, "RTS", 3, 0) != 3 || !readExactly(fd, reply, size_t(ReplyBytes)))
+        return -1;
+    return std::chrono::duration<double, std::micro>(Clock::now() - start).count();
+}
+
+QString rtsDuring(const char* what, Latencies& times) {
+    return QStringLiteral("RTS during %1: ").arg(QLatin1String(what)) + times.summary();
+}
+} // namespace
+
+int main(int argc, char* argv[]) {
+    QCoreApplication app(argc, argv);
+    QCommandLineParser parser;
+    const QCommandLineOption port(QStringLiteral("port"), QStringLiteral("Console port."),
+                                  QStringLiteral("P"));
+    const QCommandLineOption data(QStringLiteral("data"), QStringLiteral("Its data folder."),
+                                  QStringLiteral("DIR"));
+    const QCommandLineOption pid(QStringLiteral("pid"), QStringLiteral("Its process id."),
+                                 QStringLiteral("PID"));
+    parser.addOptions({port, data, pid});
+    parser.process(app);
+    raiseLimit();
+
+    ConsoleProcess console;
+    if (parser.isSet(port))
+        console.attach(quint16(parser.value(port).toUInt()), parser.value(data),
+                       parser.value(pid).toLongLong());
+    else if (!console.start(254, true))
+        return 1;
+    const long startKb = console.residentKb();
+    out << "console: resident memory " << startKb << " kB, " << console.openFiles() << " open files"
+        << Qt::endl;
+    const int watcher = terminal(console.port(), 200);
+    if (watcher < 0) {
+        out << "the console did not accept a terminal" << Qt::endl;
+        return 1;
+    }
+
+    // 1. Connections that never identify.
+    {
+        Latencies times;
+        std::vector<int> silent;
+        int peakFiles = 0;
+        for (int i = 0; i < 10000; ++i) {
+            const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
+            sockaddr_in from{};
+            from.sin_family = AF_INET;
+            from.sin_addr.s_addr = htonl((127u << 24) | (2u << 16) | unsigned(i + 1));
+            sockaddr_in to{};
+            to.sin_family = AF_INET;
+            to.sin_port = htons(console.port());
+            to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+            ::bind(fd, reinterpret_cast<sockaddr*>(&from), sizeof from);
+            ::connect(fd, reinterpret_cast<sockaddr*>(&to), sizeof to);
+            silent.push_back(fd);
+            if (i % 250 == 0) {
+                const double t = ratesRoundTrip(watcher);
+                if (t >= 0)
+                    times.micros.push_back(t);
+                peakFiles = std::max(peakFiles, console.openFiles());
+            }
+        }
+        QThread::sleep(1);
+        peakFiles = std::max(peakFiles, console.openFiles());
+        out << "10000 connections that never identify: the console held at most " << peakFiles
+            << " open files; " << rtsDuring("the flood", times) << Qt::endl;
+        for (int fd : silent)
+            ::close(fd);
+    }
+
+    // 2. A flood of 60 kB notices from one terminal.
+    {
+        const int pc7 = terminal(console.port(), 7);
+        const QByteArray notice = "EMT " + QByteArray(60 * 1024, 'n');
+        Latencies times;
+        for (int i = 0; i < 200; ++i) {
+            ::send(pc7, notice.constData(), size_t(notice.size()), 0);
+            const double t = ratesRoundTrip(watcher);
+            if (t >= 0)
+                times.micros.push_back(t);
+        }
+        for (int i = 0; i < 50; ++i) {
+            const double t = ratesRoundTrip(watcher);
+            if (t >= 0)
+                times.micros.push_back(t);
+        }
+        out << "200 notices of 60 kB: " << rtsDuring("the flood", times) << Qt::endl;
+        ::close(pc7);
+    }
+
+    // 3. A terminal that asks for a 231 kB product list and never reads.
+    {
+        QFile products(console.dataFolder() + QStringLiteral("/Products.LST"));
+        if (products.open(QIODevice::WriteOnly)) {
+            for (int i = 0; i < 4000; ++i)
+                products.write("Instant noodles with egg and a long description @ 35.00\n");
+            products.close();
+        }
+        const int pc9 = terminal(console.port(), 9);
+        const int tiny = 4096;
+        ::setsockopt(pc9, SOL_SOCKET, SO_RCVBUF, &tiny, sizeof tiny);
+        long peakKb = console.residentKb();
+        int sent = 0;
+        bool cut = false;
+        Latencies times;
+        for (; sent < 3000 && !cut; ++sent) {
+            if (::send(pc9, "PLS", 3, MSG_NOSIGNAL) != 3)
+                cut = true;
+            pollfd p{pc9, POLLRDHUP, 0};
+            cut |= ::poll(&p, 1, 0) > 0 && (p.revents & (POLLRDHUP | POLLHUP | POLLERR));
+            QThread::usleep(1000);
+            if (sent % 50 == 0) {
+                peakKb = std::max(peakKb, console.residentKb());
+                const double t = ratesRoundTrip(watcher);
+                if (t >= 0)
+                    times.micros.push_back(t);
+            }
+        }
+        peakKb = std::max(peakKb, console.residentKb());
+        out << "slow reader: " << (cut ? "cut off" : "NOT cut off") << " after " << sent
+            << " requests; console memory " << startKb << " kB at the start, " << peakKb
+            << " kB at the peak; " << rtsDuring("it", times) << Qt::endl;
+        ::close(pc9);
+    }
+
+    // 4. Still answering, and the database whole.
+    Latencies after;
+    for (int i = 0; i < 200; ++i) {
+        const double t = ratesRoundTrip(watcher);
+        if (t >= 0)
+            after.micros.push_back(t);
+    }
+    out << "afterwards: " << rtsDuring("quiet", after) << "; resident memory "
+        << console.residentKb() << " kB" << Qt::endl;
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
+    db.setDatabaseName(console.dataFolder() + QStringLiteral("/TarvoQRBDB.MDB"));
+    db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=5000"));
+    QString check = QStringLiteral("cannot open");
+    if (db.open()) {
+        QSqlQuery q(db);
+        check = q.exec(QStringLiteral("PRAGMA integrity_check")) && q.next()
+                    ? q.value(0).toString()
+                    : QStringLiteral("no answer");
+    }
+    out << "database integrity check: " << check << Qt::endl;
+    ::close(watcher);
+    return check == QLatin1String("ok") && !after.micros.empty() ? 0 : 1;
+}
