@@ -11,7 +11,8 @@ Console::Console(Clock& clock, Prompts& prompts, const AppFolder& folder, QObjec
       board_(timeLimits_), parts_{terminals_,  sessionLog_, control_, timeLimits_,
                                   messageLog_, prompts_,    clock_},
       terminalMessages_(server_, registry_, parts_, folder_),
-      snapshots_(server_, control_, registry_, terminals_, messageLog_, folder_, clock_) {
+      snapshots_(server_, control_, registry_, terminals_, messageLog_, folder_, clock_),
+      billingLog_(folder_), billingParts_{parts_, database_, board_, rates_, billingLog_} {
     terminals_.init(nofpc_);
     terminalMessages_.setMemberCheck([this](const QString& id, const QString& name) {
         return checkMemberLogIn(database_, id, name);
@@ -54,6 +55,7 @@ Console::StartupReport Console::startUp(quint16 port, const QString& odbcIniPath
     reportConnection_ = ReportSource::setReportConnection(folder_);
 
     terminals_.init(nofpc_);
+    board_.setTerminalCount(nofpc_);
     server_.setUnidentifiedLimit(4 * nofpc_ + 64);
     rates_.resetDefaults();
     rates_.loadServices(database_);

@@ -5,7 +5,9 @@
 #include "base/current_operator.h"
 #include "base/prompts.h"
 #include "billing/active_board.h"
+#include "billing/billing_log.h"
 #include "billing/rates.h"
+#include "billing/settlement.h"
 #include "server/message_log.h"
 #include "server/session_log.h"
 #include "server/session_parts.h"
@@ -53,6 +55,8 @@ public:
     TerminalMessages& terminalMessages() { return terminalMessages_; }
     SnapshotReceiver& snapshots() { return snapshots_; }
     const SessionParts& sessionParts() const { return parts_; }
+    const BillingParts& billingParts() const { return billingParts_; }
+    BillingLog& billingLog() { return billingLog_; }
 
     int nofpc() const { return nofpc_; }
     QString reportConnection() const { return reportConnection_; }
@@ -92,6 +96,8 @@ private:
     SessionParts parts_;
     TerminalMessages terminalMessages_;
     SnapshotReceiver snapshots_;
+    BillingLog billingLog_;
+    BillingParts billingParts_;
     int nofpc_ = 24;
     QString reportConnection_;
 };

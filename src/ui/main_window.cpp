@@ -234,6 +234,13 @@ void MainWindow::mainTimerTick() {
     ticking_ = true;
     ::mainTimerTick(console_.terminals(), console_.server(), console_.statusPanels(),
                     console_.clock());
+    // The board's amounts stay current even when its window was never opened: a bill
+    // from the terminal list reads them.
+    try {
+        console_.board().refresh(console_.terminals(), console_.rates(),
+                                 console_.clock().tickCount());
+    } catch (const TickOverflow&) {
+    }
     ticking_ = false;
 }
 
