@@ -22,6 +22,11 @@ public:
     int openFiles() const;
     quint16 port() const { return port_; }
     QString dataFolder() const { return data_; }
+    // A line for the console's input ("bill 5").
+    void command(const QByteArray& line) {
+        process_.write(line + '\n');
+        process_.waitForBytesWritten(1000);
+    }
     // The console process's resident memory in kB, 0 when unknown.
     long residentKb() const;
 

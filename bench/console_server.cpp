@@ -17,6 +17,7 @@
 #include "ui/main_window.h"
 #include "ui/prompts_dialog.h"
 #define TARVO_WINDOW 1
+#include "billing/settlement.h"
 #endif
 
 #include <QApplication>
@@ -97,12 +98,29 @@ int main(int argc, char* argv[]) {
     QTextStream out(stdout);
     out << "port " << console.server().port() << '\n' << "data " << dir.path() << Qt::endl;
 
-    // The benchmark ends the console by closing its input.
+    // The benchmark ends the console by closing its input; "bill N" settles PC N as the
+    // bill's Save button does (the question answered Yes).
     QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
+    QByteArray typed;
     QObject::connect(&input, &QSocketNotifier::activated, app.get(), [&] {
         char buffer[256];
-        if (::read(STDIN_FILENO, buffer, sizeof buffer) <= 0)
+        const ssize_t n = ::read(STDIN_FILENO, buffer, sizeof buffer);
+        if (n <= 0) {
             QCoreApplication::quit();
+            return;
+        }
+        typed.append(buffer, n);
+        for (qsizetype end; (end = typed.indexOf('\n')) >= 0; typed.remove(0, end + 1)) {
+            const QByteArray line = typed.left(end);
+#ifdef TARVO_WINDOW
+            if (line.startsWith("bill ")) {
+                const int pc = line.mid(5).toInt();
+                if (const auto bill =
+                        stopSession(console.billingParts(), pc, TimeLimitSlots::slotOfPc(pc)))
+                    saveBill(console.billingParts(), *bill);
+            }
+#endif
+        }
     });
     return QCoreApplication::exec();
 }
