@@ -132,9 +132,10 @@ private Q_SLOTS:
 
     void everyControlIsNamedAndDescribed_data() {
         QTest::addColumn<QString>("window");
-        for (const char* window : {"main", "main with a window open", "main with the list floating",
-                                   "frmLog", "frmLog2", "frmFirstAdmin", "MyMsgbox message",
-                                   "MyMsgbox input", "frmNotices", "frmAbout", "question"})
+        for (const char* window :
+             {"main", "main with a window open", "main with the list floating", "frmLog", "frmLog2",
+              "frmFirstAdmin", "MyMsgbox message", "MyMsgbox input", "frmNotices", "frmAbout",
+              "question", "RatesSrv", "frmlp"})
             QTest::newRow(window) << QString::fromLatin1(window);
     }
     void everyControlIsNamedAndDescribed() {
@@ -161,6 +162,13 @@ private Q_SLOTS:
             found = problems(&logIn);
         } else if (window == u"frmLog2"_s) {
             found = problemsOfChild(u"mnuSwitch"_s, window);
+        } else if (window == u"RatesSrv"_s) {
+            found = problemsOfChild(u"mnuRateS"_s, window);
+        } else if (window == u"frmlp"_s) {
+            frame->action(u"mnuRateS"_s)->trigger();
+            frame->findChild<QPushButton*>(u"cmdplist"_s)->click();
+            auto* w = frame->findChild<QDialog*>(window);
+            found = w && w->isVisible() ? problems(w) : QStringList{window + u" did not open"_s};
         } else if (window == u"frmAbout"_s) {
             found = problemsOfChild(u"mnuAbout"_s, window);
         } else if (window == u"frmFirstAdmin"_s) {

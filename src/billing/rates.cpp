@@ -23,6 +23,10 @@ bool Rates::loadRates(const Database& db) {
 }
 
 void Rates::loadServices(const Database& db) {
+    setServices(readServices(db));
+}
+
+QList<Service> Rates::readServices(const Database& db) {
     QList<Service> list;
     DbSession s(db);
     // NOCASE in the statement: a file made by another tool sorts its plain TEXT column
@@ -31,7 +35,7 @@ void Rates::loadServices(const Database& db) {
         "SELECT Description, Amount FROM services ORDER BY Description COLLATE NOCASE"));
     while (q.next())
         list.append({q.value(0).toString(), q.value(1).toDouble()});
-    services_ = list;
+    return list;
 }
 
 void Rates::loadPromos(const Database& db) {

@@ -41,6 +41,10 @@ public:
     // Reads the rates row; false when the table is empty (the defaults stay).
     bool loadRates(const Database& db);
     void loadServices(const Database& db);
+    // The services as "order by description" reads them, for a caller that puts them in
+    // force only once everything else it does has succeeded.
+    static QList<Service> readServices(const Database& db);
+    void setServices(const QList<Service>& services) { services_ = services; }
     // Entry 0 is "No Discount", or "None Defined" when the table is empty.
     void loadPromos(const Database& db);
 

@@ -1,5 +1,6 @@
 #include "ui/frame_commands.h"
 
+#include "billing/rates_window.h"
 #include "console/console.h"
 #include "people/log_in_dialog.h"
 #include "server/operator_commands.h"
@@ -66,7 +67,9 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
         {"mnuCset", "Clients &Section", "members", none, later("The members register")},
         {"mnuPCTerm", "Terminal Attachment Infos", "registry", none, later("The IP table")},
         {"mnuRateS", "Tarvo System Settings", "rates", Admin::SettingsMenu,
-         later("The rates, services and promos window")},
+         [&f, &c] {
+             openRatesSettings(c, f);
+         }},
         {"mnuuser", "System Users for Tarvo", "accounts", Admin::AccountsMenu,
          later("The system user maintenance")},
         {"mnuBkDB", "Back-Up Database", {}, none, later("The database backup")},
@@ -157,7 +160,9 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
         {"tbar2", "Assign a PC to a Client", "logon", none, later("The log-on dialog")},
         {"tbar3", "Active Terminal View", "board", none, later("The active terminal view")},
         {"tbar4", "Tarvo System Settings", "rates", Admin::SettingsButton,
-         later("The rates, services and promos window")},
+         [&f, &c] {
+             openRatesSettings(c, f);
+         }},
         {"tbar10", "Close Tarvo System", "close", none,
          [&f] {
              f.close();
