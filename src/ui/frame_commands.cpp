@@ -1,5 +1,6 @@
 #include "ui/frame_commands.h"
 
+#include "billing/bill_dialog.h"
 #include "console/console.h"
 #include "people/log_in_dialog.h"
 #include "server/operator_commands.h"
@@ -140,7 +141,13 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
         {"mnupx1hr", "  1 Hour", {}, none, extend("60")},
         {"mnupPause", "Pause Client PC", {}, none, onPc(&pausePc)},
         {"mnupRes", "Resume Client PC", {}, none, onPc(&resumePc)},
-        {"mnuplogout", "Log-Out Client PC", {}, none, later("Billing")},
+        {"mnuplogout",
+         "Log-Out Client PC",
+         {},
+         none,
+         [&f, &c] {
+             openBillFromList(c, f, f.selectedPc());
+         }},
         {"mnuTlogoff", "Log Off Client PC", {}, none, maintainOne(Maintenance::LogOff)},
         {"mnutreb", "Reboot CLient PC", {}, none, maintainOne(Maintenance::Reboot)},
         {"mnutshut", "Shutdown Client PC", {}, none, maintainOne(Maintenance::ShutDown)},
