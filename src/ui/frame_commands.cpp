@@ -1,6 +1,7 @@
 #include "ui/frame_commands.h"
 
 #include "billing/bill_dialog.h"
+#include "billing/board_window.h"
 #include "console/console.h"
 #include "people/log_in_dialog.h"
 #include "server/operator_commands.h"
@@ -162,7 +163,10 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
         // Toolbar buttons that no menu item shares.
         {"tbar1", "Terminal Listing", "listing", none, later("The terminal listing")},
         {"tbar2", "Assign a PC to a Client", "logon", none, later("The log-on dialog")},
-        {"tbar3", "Active Terminal View", "board", none, later("The active terminal view")},
+        {"tbar3", "Active Terminal View", "board", none,
+         [&f, &c] {
+             openBoard(c, f);
+         }},
         {"tbar4", "Tarvo System Settings", "rates", Admin::SettingsButton,
          later("The rates, services and promos window")},
         {"tbar10", "Close Tarvo System", "close", none,
