@@ -2,8 +2,10 @@
 // (screen readers and automation tools, over AT-SPI): it has an accessible name, and its
 // object name as accessible description. Qt's own printer set-up dialog (mnuPrinter) is
 // the system's dialog and is left out.
+#include "billing/bill_dialog.h"
 #include "people/first_admin_dialog.h"
 #include "people/log_in_dialog.h"
+#include "server/session_start.h"
 #include "support/console_fixture.h"
 #include "ui/main_window.h"
 #include "ui/prompts_dialog.h"
@@ -135,7 +137,7 @@ private Q_SLOTS:
         for (const char* window :
              {"main", "main with a window open", "main with the list floating", "frmLog", "frmLog2",
               "frmFirstAdmin", "MyMsgbox message", "MyMsgbox input", "frmNotices", "frmAbout",
-              "question", "RatesSrv", "frmlp"})
+              "question", "RatesSrv", "frmlp", "ATV", "frmBill"})
             QTest::newRow(window) << QString::fromLatin1(window);
     }
     void everyControlIsNamedAndDescribed() {
@@ -171,6 +173,13 @@ private Q_SLOTS:
             found = w && w->isVisible() ? problems(w) : QStringList{window + u" did not open"_s};
         } else if (window == u"frmAbout"_s) {
             found = problemsOfChild(u"mnuAbout"_s, window);
+        } else if (window == u"ATV"_s) {
+            found = problemsOfChild(u"tbar3"_s, window);
+        } else if (window == u"frmBill"_s) {
+            logOnPc(console().sessionParts(), u"3"_s, u"M-0001"_s, u"CRUZ, JUAN"_s, -1);
+            openBill(console(), *frame, 3, 3);
+            auto* bill = frame->findChild<QDialog*>(window);
+            found = bill ? problems(bill) : QStringList{window + u" did not open"_s};
         } else if (window == u"frmFirstAdmin"_s) {
             FirstAdminDialog firstAdmin(console());
             found = problems(&firstAdmin);

@@ -1,5 +1,7 @@
 #include "ui/frame_commands.h"
 
+#include "billing/bill_dialog.h"
+#include "billing/board_window.h"
 #include "billing/rates_window.h"
 #include "console/console.h"
 #include "people/log_in_dialog.h"
@@ -143,7 +145,13 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
         {"mnupx1hr", "  1 Hour", {}, none, extend("60")},
         {"mnupPause", "Pause Client PC", {}, none, onPc(&pausePc)},
         {"mnupRes", "Resume Client PC", {}, none, onPc(&resumePc)},
-        {"mnuplogout", "Log-Out Client PC", {}, none, later("Billing")},
+        {"mnuplogout",
+         "Log-Out Client PC",
+         {},
+         none,
+         [&f, &c] {
+             openBillFromList(c, f, f.selectedPc());
+         }},
         {"mnuTlogoff", "Log Off Client PC", {}, none, maintainOne(Maintenance::LogOff)},
         {"mnutreb", "Reboot CLient PC", {}, none, maintainOne(Maintenance::Reboot)},
         {"mnutshut", "Shutdown Client PC", {}, none, maintainOne(Maintenance::ShutDown)},
@@ -158,7 +166,10 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
         // Toolbar buttons that no menu item shares.
         {"tbar1", "Terminal Listing", "listing", none, later("The terminal listing")},
         {"tbar2", "Assign a PC to a Client", "logon", none, later("The log-on dialog")},
-        {"tbar3", "Active Terminal View", "board", none, later("The active terminal view")},
+        {"tbar3", "Active Terminal View", "board", none,
+         [&f, &c] {
+             openBoard(c, f);
+         }},
         {"tbar4", "Tarvo System Settings", "rates", Admin::SettingsButton,
          [&f, &c] {
              openRatesSettings(c, f);

@@ -288,7 +288,10 @@ void MainWindow::showForm(QWidget* form, bool modal) {
         }
         makeAccessible(sub);
         sub->show();
-        sub->move((width() - sub->width()) / 2, top);
+        // Centred on the frame, but not past the right edge of the window area, where
+        // the list beside it leaves the area narrower than the frame.
+        const int right = qMax(0, area_->viewport()->width() - sub->width());
+        sub->move(qMin((width() - sub->width()) / 2, right), top);
         area_->setActiveSubWindow(sub);
         return;
     }
@@ -328,6 +331,13 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         event->ignore();
         return;
     }
+    // A child window that refuses to close (the active terminal view, while a session is
+    // open) keeps the console open too.
+    for (QMdiSubWindow* sub : area_->subWindowList())
+        if (!sub->close()) {
+            event->ignore();
+            return;
+        }
     // Ends here and now: no terminal is told and no session is closed, so the open
     // sessions stay in the session log and come back at the next start.
     event->accept();
