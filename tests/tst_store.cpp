@@ -5,6 +5,7 @@
 #include "store/report_source.h"
 #include "store/settings_file.h"
 #include "support/console_fixture.h"
+#include "support/scratch_disk.h"
 
 #include <QDir>
 #include <QFile>
@@ -222,6 +223,74 @@ private Q_SLOTS:
         } else {
             QCOMPARE(readAll(path), content); // an existing file is only read
         }
+    }
+
+    // A text setting replaces its own line, or is added at the end in the file's line
+    // ends; every other byte stays. `after` null: the value is refused, the file untouched.
+    void settingsValue_data() {
+        QTest::addColumn<QByteArray>("before"); // null: no file
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QByteArray>("after");
+        QTest::addColumn<QString>("readBefore"); // null: the key is not set
+        const QByteArray made = "24=NOFPC\n1=PAGE\nPlease don't Modify....\n";
+        row("no file: made first", QByteArray(), "Laser", made + "Laser=PRINTER\n", QString());
+        row("replaced in place, windows lines",
+            QByteArray("24=NOFPC\r\nHP 1=PRINTER\r\nPlease don't Modify....\r\n"), "Laser",
+            QByteArray("24=NOFPC\r\nLaser=PRINTER\r\nPlease don't Modify....\r\n"), "HP 1");
+        row("added in the file's line ends", QByteArray("24=NOFPC\r\n1=PAGE\r\n"), "Laser",
+            QByteArray("24=NOFPC\r\n1=PAGE\r\nLaser=PRINTER\r\n"), QString());
+        row("last line without an end", QByteArray("24=NOFPC\n1=PAGE"), "Laser",
+            QByteArray("24=NOFPC\n1=PAGE\nLaser=PRINTER\n"), QString());
+        row("the last of two is read and replaced", QByteArray("A=PRINTER\nB=PRINTER\nx\n"),
+            "Laser", QByteArray("A=PRINTER\nLaser=PRINTER\nx\n"), "B");
+        row("like keys are other settings", QByteArray("A=PRINTERS\nB=MYPRINTER\n=PRINTER\n"),
+            "Laser", QByteArray("A=PRINTERS\nB=MYPRINTER\n=PRINTER\nLaser=PRINTER\n"), QString());
+        row("value holding the key", QByteArray("24=NOFPC\n"), "Lab=PRINTER",
+            QByteArray("24=NOFPC\nLab=PRINTER=PRINTER\n"), QString());
+        row("non-ASCII value", QByteArray("24=NOFPC\n"), "Impresora Peña",
+            QByteArray("24=NOFPC\nImpresora Peña=PRINTER\n"), QString());
+        row("empty value removes every line of it", QByteArray("A=PRINTER\n24=NOFPC\nB=PRINTER"),
+            "", QByteArray("24=NOFPC\n"), "B");
+        row("line break refused", QByteArray("A=PRINTER\n"), "Two\nlines", QByteArray(), "A");
+    }
+    void settingsValue() {
+        QFETCH(QByteArray, before);
+        QFETCH(QString, value);
+        QFETCH(QByteArray, after);
+        QFETCH(QString, readBefore);
+        Store s;
+        const QString path = s.folder.file("TarvoQRB.INI");
+        if (!before.isNull())
+            writeFile(path, before);
+        const QString key = QStringLiteral("PRINTER");
+        QCOMPARE(SettingsFile::readValue(s.folder, key).value_or(QString()), readBefore);
+        if (after.isNull()) {
+            QVERIFY_THROWS_EXCEPTION(SettingsError,
+                                     SettingsFile::writeValues(s.folder, {{key, value}}));
+            QCOMPARE(readAll(path), before);
+            return;
+        }
+        SettingsFile::writeValues(s.folder, {{key, value}});
+        QCOMPARE(readAll(path), after);
+        QCOMPARE(SettingsFile::readValue(s.folder, key).value_or(QString()), value);
+        QCOMPARE(QDir(s.dir.path()).entryList(QDir::Files), QStringList{"TarvoQRB.INI"});
+    }
+
+    // A disk that fills up while the file is written leaves the old file whole.
+    void settingsSurviveAFullDisk() {
+        ScratchDisk disk;
+        if (!disk.mounted())
+            QSKIP(qPrintable("no disk of its own can be mounted here: " + disk.why()));
+        const AppFolder folder(disk.path());
+        const QByteArray before = "30=NOFPC\n1=PAGE\nHP=PRINTER\n";
+        writeFile(folder.file("TarvoQRB.INI"), before);
+        QVERIFY(disk.fill());
+        QVERIFY_THROWS_EXCEPTION(
+            SettingsError,
+            SettingsFile::writeValues(folder, {{"PDFFOLDER", QString(8192, QLatin1Char('x'))}}));
+        disk.free();
+        QCOMPARE(readAll(folder.file("TarvoQRB.INI")), before);
+        QCOMPARE(QDir(disk.path()).entryList(QDir::Files), QStringList{"TarvoQRB.INI"});
     }
 
     void reportSource() {
