@@ -1,6 +1,7 @@
 // Storage and the files beside it: database, settings, report source, products, rates.
 #include "billing/rates.h"
 #include "store/database.h"
+#include "store/printer_choice.h"
 #include "store/product_list.h"
 #include "store/report_source.h"
 #include "store/settings_file.h"
@@ -13,6 +14,9 @@
 #include <QRegularExpression>
 #include <QSqlRecord>
 #include <QTest>
+
+Q_DECLARE_METATYPE(PrinterChoice)
+Q_DECLARE_METATYPE(PrintTarget)
 
 namespace {
 
@@ -291,6 +295,60 @@ private Q_SLOTS:
         disk.free();
         QCOMPARE(readAll(folder.file("TarvoQRB.INI")), before);
         QCOMPARE(QDir(disk.path()).entryList(QDir::Files), QStringList{"TarvoQRB.INI"});
+    }
+
+    // The printer choice is four settings among the file's own lines; choosing again
+    // replaces them, and what is no longer set leaves the file.
+    void printerChoiceKept() {
+        Store s;
+        const QString path = s.folder.file("TarvoQRB.INI");
+        writeFile(path, "16=NOFPC\r\n1=PAGE\r\nPlease don't Modify....\r\n");
+        QCOMPARE(PrinterChoice::load(s.folder), PrinterChoice());
+        QCOMPARE(PrinterChoice().pdfFolderIn(s.folder), s.dir.filePath("Statements"));
+
+        PrinterChoice laser{PrinterChoice::Kind::Printer, "Counter Laser", "Receipts",
+                            QSizeF(80, 200)};
+        laser.save(s.folder);
+        QCOMPARE(readAll(path), "16=NOFPC\r\n1=PAGE\r\nPlease don't Modify....\r\n"
+                                "PRINTER=PRINTTO\r\nCounter Laser=PRINTER\r\n"
+                                "Receipts=PDFFOLDER\r\n80x200=PAPER\r\n");
+        QCOMPARE(PrinterChoice::load(s.folder), laser);
+        QCOMPARE(laser.pdfFolderIn(s.folder), s.dir.filePath("Receipts"));
+        QCOMPARE(SettingsFile::loadNofpc(s.folder), 16);
+
+        const PrinterChoice pdf{PrinterChoice::Kind::Pdf, "Counter Laser", {}, {}};
+        pdf.save(s.folder);
+        QCOMPARE(readAll(path), "16=NOFPC\r\n1=PAGE\r\nPlease don't Modify....\r\n"
+                                "PDF=PRINTTO\r\nCounter Laser=PRINTER\r\n");
+        QCOMPARE(PrinterChoice::load(s.folder), pdf);
+
+        // Values a person typed wrongly read as not chosen.
+        writeFile(path, "PRINTER=PRINTTO\nA4=PAPER\n");
+        QCOMPARE(PrinterChoice::load(s.folder), PrinterChoice());
+    }
+
+    void printTarget_data() {
+        using K = PrinterChoice::Kind;
+        using R = PrintTarget::Route;
+        QTest::addColumn<PrinterChoice>("choice");
+        QTest::addColumn<QString>("defaultPrinter");
+        QTest::addColumn<PrintTarget>("expected");
+        const PrinterChoice none;
+        const PrinterChoice front{K::Printer, "Front", {}, {}};
+        const PrinterChoice gone{K::Printer, "Back Office", {}, {}};
+        const PrinterChoice pdf{K::Pdf, "Front", {}, {}};
+        row("chosen printer", front, "Lobby", PrintTarget{R::Printer, "Front"});
+        row("chosen printer gone: not another", gone, "Lobby", PrintTarget{R::NoPrinter, {}});
+        row("nothing chosen: the default", none, "Lobby", PrintTarget{R::Printer, "Lobby"});
+        row("nothing chosen, no default", none, "", PrintTarget{R::NoPrinter, {}});
+        row("PDF though printers exist", pdf, "Lobby", PrintTarget{R::Pdf, {}});
+    }
+    void printTarget() {
+        QFETCH(PrinterChoice, choice);
+        QFETCH(QString, defaultPrinter);
+        QFETCH(PrintTarget, expected);
+        const QStringList printers{"Lobby", "Front"};
+        QCOMPARE(::printTarget(choice, printers, defaultPrinter), expected);
     }
 
     void reportSource() {
