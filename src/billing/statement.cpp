@@ -9,7 +9,6 @@
 #include <QPageSize>
 #include <QPagedPaintDevice>
 #include <QPainter>
-#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -37,8 +36,7 @@ constexpr qsizetype AmountDueRow = 20;
 } // namespace
 
 QPageLayout Statement::pdfPageLayout() {
-    const QPageSize slip(QSizeF(148, 120), QPageSize::Millimeter, QStringLiteral("Statement"));
-    return QPageLayout(slip, QPageLayout::Portrait, QMarginsF(10, 10, 10, 10),
+    return QPageLayout(QPageSize(QPageSize::A6), QPageLayout::Landscape, QMarginsF(10, 8, 10, 8),
                        QPageLayout::Millimeter);
 }
 
@@ -96,19 +94,12 @@ bool paintStatement(const QStringList& lines, QPagedPaintDevice& device) {
     QFont bold = font;
     bold.setBold(true);
     const QFontMetricsF metrics(font, &device);
-    const double column = metrics.horizontalAdvance(u'0');
 
-    // Each stretch of text stands at its own column, so the columns hold even when the
-    // printer puts a font of uneven widths in place of the fixed-pitch one.
-    static const QRegularExpression stretch(QStringLiteral("\\S+(?: \\S+)*"));
     for (qsizetype row = 0; row < lines.size(); ++row) {
         // The heading and the amount due stand out.
         painter.setFont(row == HeadingRow || row == AmountDueRow ? bold : font);
         const double baseline = row * metrics.lineSpacing() + metrics.ascent();
-        for (auto it = stretch.globalMatch(lines[row]); it.hasNext();) {
-            const auto m = it.next();
-            painter.drawText(QPointF(m.capturedStart() * column, baseline), m.captured());
-        }
+        painter.drawText(QPointF(0, baseline), lines[row]);
     }
     return painter.end();
 }

@@ -18,7 +18,7 @@ inline constexpr int LineCount = 22;
 inline constexpr int SecondColumn = 30;
 // Blanks before the amounts.
 inline constexpr int AmountIndent = 45;
-// A PDF statement is a slip of A5 width, tall enough for the lines.
+// A PDF statement is a slip: an A6 sheet on its side (148 x 105 mm), half an A5 sheet.
 QPageLayout pdfPageLayout();
 } // namespace Statement
 
