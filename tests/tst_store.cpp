@@ -351,6 +351,42 @@ private Q_SLOTS:
         QCOMPARE(::printTarget(choice, printers, defaultPrinter), expected);
     }
 
+    void printerOffers_data() {
+        using K = PrinterChoice::Kind;
+        QTest::addColumn<PrinterChoice>("choice");
+        QTest::addColumn<QStringList>("printers");
+        QTest::addColumn<QStringList>("captions");
+        QTest::addColumn<int>("current");
+        const QStringList two{"Lobby", "Front"};
+        const QStringList offered{"Lobby (the system's default)", "Front", "PDF file"};
+        row("nothing chosen: the default", PrinterChoice(), two, offered, 0);
+        row("a printer chosen", PrinterChoice{K::Printer, "Front", {}, {}}, two, offered, 1);
+        row("PDF chosen", PrinterChoice{K::Pdf, "Front", {}, {}}, two, offered, 2);
+        row("chosen printer gone: shown, not replaced",
+            PrinterChoice{K::Printer, "Back Office", {}, {}}, two,
+            QStringList{"Lobby (the system's default)", "Front", "Back Office (not found)",
+                        "PDF file"},
+            2);
+        row("no printer at all", PrinterChoice(), QStringList(), QStringList{"PDF file"}, 0);
+    }
+    void printerOffers() {
+        QFETCH(PrinterChoice, choice);
+        QFETCH(QStringList, printers);
+        QFETCH(QStringList, captions);
+        QFETCH(int, current);
+        const PrinterOffers o =
+            ::printerOffers(choice, printers, printers.isEmpty() ? QString() : printers.first());
+        QStringList shown;
+        for (const PrinterOffer& offer : o.offers)
+            shown << offer.caption;
+        QCOMPARE(shown, captions);
+        QCOMPARE(o.current, current);
+        // Each offer is the choice it says.
+        QCOMPARE(o.offers.last().kind, PrinterChoice::Kind::Pdf);
+        for (qsizetype i = 0; i + 1 < o.offers.size(); ++i)
+            QVERIFY(captions[i].startsWith(o.offers[i].printer));
+    }
+
     void reportSource() {
         QTemporaryDir dir;
         const AppFolder folder(dir.path() + QStringLiteral("/Tarvo QRB"));

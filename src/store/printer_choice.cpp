@@ -80,3 +80,26 @@ PrintTarget printTarget(const PrinterChoice& choice, const QStringList& printers
         return {Route::Printer, defaultPrinter};
     return {Route::NoPrinter, {}};
 }
+
+PrinterOffers printerOffers(const PrinterChoice& choice, const QStringList& printers,
+                            const QString& defaultPrinter) {
+    using Kind = PrinterChoice::Kind;
+    PrinterOffers o;
+    for (const QString& name : printers)
+        o.offers.append(
+            {name == defaultPrinter ? name + QStringLiteral(" (the system's default)") : name,
+             Kind::Printer, name});
+    if (choice.kind == Kind::Printer && !printers.contains(choice.printer))
+        o.offers.append(
+            {choice.printer + QStringLiteral(" (not found)"), Kind::Printer, choice.printer});
+    o.offers.append({QStringLiteral("PDF file"), Kind::Pdf, {}});
+
+    const QString wanted = choice.kind == Kind::Printer         ? choice.printer
+                           : choice.kind == Kind::SystemDefault ? defaultPrinter
+                                                                : QString();
+    o.current = o.offers.size() - 1;
+    for (qsizetype i = 0; i < o.offers.size() - 1; ++i)
+        if (!wanted.isEmpty() && o.offers[i].printer == wanted)
+            o.current = i;
+    return o;
+}

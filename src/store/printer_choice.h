@@ -48,3 +48,21 @@ struct PrintTarget {
 };
 PrintTarget printTarget(const PrinterChoice& choice, const QStringList& printers,
                         const QString& defaultPrinter);
+
+// What the printer set-up offers: every printer the print service knows, its default
+// marked; a chosen printer that is gone, marked so, for it is not to be replaced without
+// the operator seeing it; then PDF files. `current` is the chosen offer, or with nothing
+// chosen the default printer, else PDF files.
+struct PrinterOffer {
+    QString caption;
+    PrinterChoice::Kind kind = PrinterChoice::Kind::Printer;
+    QString printer;
+
+    bool operator==(const PrinterOffer&) const = default;
+};
+struct PrinterOffers {
+    QList<PrinterOffer> offers;
+    qsizetype current = 0;
+};
+PrinterOffers printerOffers(const PrinterChoice& choice, const QStringList& printers,
+                            const QString& defaultPrinter);
