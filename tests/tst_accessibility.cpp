@@ -1,7 +1,7 @@
 // Every control of every window the console opens can be reached by assistive technology
 // (screen readers and automation tools, over AT-SPI): it has an accessible name, and its
-// object name as accessible description. Qt's own printer set-up dialog (mnuPrinter) is
-// the system's dialog and is left out.
+// object name as accessible description. The system's own printer settings, opened from
+// the printer set-up, are the system's dialog and are left out.
 #include "people/first_admin_dialog.h"
 #include "people/log_in_dialog.h"
 #include "support/console_fixture.h"
@@ -132,9 +132,10 @@ private Q_SLOTS:
 
     void everyControlIsNamedAndDescribed_data() {
         QTest::addColumn<QString>("window");
-        for (const char* window : {"main", "main with a window open", "main with the list floating",
-                                   "frmLog", "frmLog2", "frmFirstAdmin", "MyMsgbox message",
-                                   "MyMsgbox input", "frmNotices", "frmAbout", "question"})
+        for (const char* window :
+             {"main", "main with a window open", "main with the list floating", "frmLog", "frmLog2",
+              "frmFirstAdmin", "MyMsgbox message", "MyMsgbox input", "frmNotices", "frmAbout",
+              "frmPrinter", "question"})
             QTest::newRow(window) << QString::fromLatin1(window);
     }
     void everyControlIsNamedAndDescribed() {
@@ -163,6 +164,8 @@ private Q_SLOTS:
             found = problemsOfChild(u"mnuSwitch"_s, window);
         } else if (window == u"frmAbout"_s) {
             found = problemsOfChild(u"mnuAbout"_s, window);
+        } else if (window == u"frmPrinter"_s) {
+            found = problemsOfChild(u"mnuPrinter"_s, window);
         } else if (window == u"frmFirstAdmin"_s) {
             FirstAdminDialog firstAdmin(console());
             found = problems(&firstAdmin);

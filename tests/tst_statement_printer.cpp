@@ -1,8 +1,9 @@
 // A billing statement printed where the printer set-up says, and kept as a PDF file when
-// no printer takes it.
+// no printer takes it; the set-up itself, opened from the frame.
 #include "billing/statement.h"
 #include "store/printer_choice.h"
 #include "support/console_fixture.h"
+#include "ui/main_window.h"
 #include "ui/statement_printer.h"
 
 #include <QPrinterInfo>
@@ -159,6 +160,47 @@ private Q_SLOTS:
                                    "statement from the PDF");
         QCOMPARE(pages.size(), 1);
         QCOMPARE(pages.first(), trimmedEnds(lines));
+    }
+
+    // The set-up from the frame: a chosen printer that is gone shows as such, and the
+    // choice made is written into the settings file among its other lines and printed by.
+    void setUpFromTheFrame() {
+        const QByteArray before = "16=NOFPC\n1=PAGE\nPlease don't Modify....\n"
+                                  "Gone Laser=PRINTER\nPRINTER=PRINTTO\n";
+        {
+            QFile ini(fx->folder->file(u"TarvoQRB.INI"_s));
+            QVERIFY(ini.open(QIODevice::WriteOnly));
+            ini.write(before);
+        }
+        fx->start();
+        MainWindow frame(*fx->console);
+        frame.setModalShowsBlock(false);
+        frame.show();
+        frame.action(u"mnuPrinter"_s)->trigger();
+        auto* dialog = frame.findChild<QDialog*>(u"frmPrinter"_s);
+        QVERIFY(dialog && dialog->isVisible());
+        QCOMPARE(dialog->windowTitle(), u"Tarvo Printer Setup"_s);
+        auto* cmbPrinter = dialog->findChild<QComboBox*>(u"cmbPrinter"_s);
+        auto* txtFolder = dialog->findChild<QLineEdit*>(u"txtFolder"_s);
+        QCOMPARE(cmbPrinter->currentText(), u"Gone Laser (not found)"_s);
+        QCOMPARE(cmbPrinter->itemText(cmbPrinter->count() - 1), u"PDF file"_s);
+        QCOMPARE(QDir::fromNativeSeparators(txtFolder->text()), fx->dir.filePath(u"Statements"_s));
+        QVERIFY(!dialog->findChild<QPushButton*>(u"cmdSettings"_s)->isEnabled());
+
+        cmbPrinter->setCurrentIndex(cmbPrinter->count() - 1);
+        txtFolder->setText(u"Slips"_s);
+        dialog->findChild<QPushButton*>(u"cmdOK"_s)->click();
+        QVERIFY(!dialog->isVisible());
+        QCOMPARE(told(), QStringList());
+        QFile ini(fx->folder->file(u"TarvoQRB.INI"_s));
+        QVERIFY(ini.open(QIODevice::ReadOnly));
+        QCOMPARE(ini.readAll(), before.chopped(16) + "PDF=PRINTTO\n" +
+                                    fx->dir.filePath(u"Slips"_s).toUtf8() + "=PDFFOLDER\n");
+        QVERIFY(QFileInfo(fx->dir.filePath(u"Slips"_s)).isDir());
+
+        const StatementOutput out = printStatement(statementLines(aBill(), PrintedAt, 20), 5,
+                                                   PrintedAt, *fx->folder, fx->prompts);
+        QCOMPARE(out.name, fx->dir.filePath(u"Slips/Statement_2026-11-15_0930_PC05.pdf"_s));
     }
 };
 
