@@ -258,8 +258,8 @@ private Q_SLOTS:
         QTest::newRow("mnupPause")
             << u"mnupPause"_s << u"Pausing terminal at this moment is not possible"_s;
         QTest::newRow("mnumanual") << u"mnumanual"_s << u"tarvoqrbhelp.hlp"_s;
-        QTest::newRow("mnuPrinter") << u"mnuPrinter"_s << u"dlgPrinter"_s;
-        QTest::newRow("tbar8") << u"tbar8"_s << u"dlgPrinter"_s;
+        QTest::newRow("mnuPrinter") << u"mnuPrinter"_s << u"frmPrinter"_s;
+        QTest::newRow("tbar8") << u"tbar8"_s << u"frmPrinter"_s;
         QTest::newRow("mnuSwitch") << u"mnuSwitch"_s << u"frmLog2"_s;
         QTest::newRow("mnuAbout") << u"mnuAbout"_s << u"frmAbout"_s;
         QTest::newRow("tbar3") << u"tbar3"_s << u"ATV"_s;

@@ -1,10 +1,12 @@
 // Storage and the files beside it: database, settings, report source, products, rates.
 #include "billing/rates.h"
 #include "store/database.h"
+#include "store/printer_choice.h"
 #include "store/product_list.h"
 #include "store/report_source.h"
 #include "store/settings_file.h"
 #include "support/console_fixture.h"
+#include "support/scratch_disk.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,6 +14,9 @@
 #include <QRegularExpression>
 #include <QSqlRecord>
 #include <QTest>
+
+Q_DECLARE_METATYPE(PrinterChoice)
+Q_DECLARE_METATYPE(PrintTarget)
 
 namespace {
 
@@ -222,6 +227,164 @@ private Q_SLOTS:
         } else {
             QCOMPARE(readAll(path), content); // an existing file is only read
         }
+    }
+
+    // A text setting replaces its own line, or is added at the end in the file's line
+    // ends; every other byte stays. `after` null: the value is refused, the file untouched.
+    void settingsValue_data() {
+        QTest::addColumn<QByteArray>("before"); // null: no file
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QByteArray>("after");
+        QTest::addColumn<QString>("readBefore"); // null: the key is not set
+        const QByteArray made = "24=NOFPC\n1=PAGE\nPlease don't Modify....\n";
+        row("no file: made first", QByteArray(), "Laser", made + "Laser=PRINTER\n", QString());
+        row("replaced in place, windows lines",
+            QByteArray("24=NOFPC\r\nHP 1=PRINTER\r\nPlease don't Modify....\r\n"), "Laser",
+            QByteArray("24=NOFPC\r\nLaser=PRINTER\r\nPlease don't Modify....\r\n"), "HP 1");
+        row("added in the file's line ends", QByteArray("24=NOFPC\r\n1=PAGE\r\n"), "Laser",
+            QByteArray("24=NOFPC\r\n1=PAGE\r\nLaser=PRINTER\r\n"), QString());
+        row("last line without an end", QByteArray("24=NOFPC\n1=PAGE"), "Laser",
+            QByteArray("24=NOFPC\n1=PAGE\nLaser=PRINTER\n"), QString());
+        row("the last of two is read and replaced", QByteArray("A=PRINTER\nB=PRINTER\nx\n"),
+            "Laser", QByteArray("A=PRINTER\nLaser=PRINTER\nx\n"), "B");
+        row("like keys are other settings", QByteArray("A=PRINTERS\nB=MYPRINTER\n=PRINTER\n"),
+            "Laser", QByteArray("A=PRINTERS\nB=MYPRINTER\n=PRINTER\nLaser=PRINTER\n"), QString());
+        row("value holding the key", QByteArray("24=NOFPC\n"), "Lab=PRINTER",
+            QByteArray("24=NOFPC\nLab=PRINTER=PRINTER\n"), QString());
+        row("non-ASCII value", QByteArray("24=NOFPC\n"), "Impresora Peña",
+            QByteArray("24=NOFPC\nImpresora Peña=PRINTER\n"), QString());
+        row("empty value removes every line of it", QByteArray("A=PRINTER\n24=NOFPC\nB=PRINTER"),
+            "", QByteArray("24=NOFPC\n"), "B");
+        row("line break refused", QByteArray("A=PRINTER\n"), "Two\nlines", QByteArray(), "A");
+    }
+    void settingsValue() {
+        QFETCH(QByteArray, before);
+        QFETCH(QString, value);
+        QFETCH(QByteArray, after);
+        QFETCH(QString, readBefore);
+        Store s;
+        const QString path = s.folder.file("TarvoQRB.INI");
+        if (!before.isNull())
+            writeFile(path, before);
+        const QString key = QStringLiteral("PRINTER");
+        QCOMPARE(SettingsFile::readValue(s.folder, key).value_or(QString()), readBefore);
+        if (after.isNull()) {
+            QVERIFY_THROWS_EXCEPTION(SettingsError,
+                                     SettingsFile::writeValues(s.folder, {{key, value}}));
+            QCOMPARE(readAll(path), before);
+            return;
+        }
+        SettingsFile::writeValues(s.folder, {{key, value}});
+        QCOMPARE(readAll(path), after);
+        QCOMPARE(SettingsFile::readValue(s.folder, key).value_or(QString()), value);
+        QCOMPARE(QDir(s.dir.path()).entryList(QDir::Files), QStringList{"TarvoQRB.INI"});
+    }
+
+    // A disk that fills up while the file is written leaves the old file whole.
+    void settingsSurviveAFullDisk() {
+        ScratchDisk disk;
+        if (!disk.mounted())
+            QSKIP(qPrintable("no disk of its own can be mounted here: " + disk.why()));
+        const AppFolder folder(disk.path());
+        const QByteArray before = "30=NOFPC\n1=PAGE\nHP=PRINTER\n";
+        writeFile(folder.file("TarvoQRB.INI"), before);
+        QVERIFY(disk.fill());
+        QVERIFY_THROWS_EXCEPTION(
+            SettingsError,
+            SettingsFile::writeValues(folder, {{"PDFFOLDER", QString(8192, QLatin1Char('x'))}}));
+        disk.free();
+        QCOMPARE(readAll(folder.file("TarvoQRB.INI")), before);
+        QCOMPARE(QDir(disk.path()).entryList(QDir::Files), QStringList{"TarvoQRB.INI"});
+    }
+
+    // The printer choice is four settings among the file's own lines; choosing again
+    // replaces them, and what is no longer set leaves the file.
+    void printerChoiceKept() {
+        Store s;
+        const QString path = s.folder.file("TarvoQRB.INI");
+        writeFile(path, "16=NOFPC\r\n1=PAGE\r\nPlease don't Modify....\r\n");
+        QCOMPARE(PrinterChoice::load(s.folder), PrinterChoice());
+        QCOMPARE(PrinterChoice().pdfFolderIn(s.folder), s.dir.filePath("Statements"));
+
+        PrinterChoice laser{PrinterChoice::Kind::Printer, "Counter Laser", "Receipts",
+                            QSizeF(80, 200)};
+        laser.save(s.folder);
+        QCOMPARE(readAll(path), "16=NOFPC\r\n1=PAGE\r\nPlease don't Modify....\r\n"
+                                "PRINTER=PRINTTO\r\nCounter Laser=PRINTER\r\n"
+                                "Receipts=PDFFOLDER\r\n80x200=PAPER\r\n");
+        QCOMPARE(PrinterChoice::load(s.folder), laser);
+        QCOMPARE(laser.pdfFolderIn(s.folder), s.dir.filePath("Receipts"));
+        QCOMPARE(SettingsFile::loadNofpc(s.folder), 16);
+
+        const PrinterChoice pdf{PrinterChoice::Kind::Pdf, "Counter Laser", {}, {}};
+        pdf.save(s.folder);
+        QCOMPARE(readAll(path), "16=NOFPC\r\n1=PAGE\r\nPlease don't Modify....\r\n"
+                                "PDF=PRINTTO\r\nCounter Laser=PRINTER\r\n");
+        QCOMPARE(PrinterChoice::load(s.folder), pdf);
+
+        // Values a person typed wrongly read as not chosen.
+        writeFile(path, "PRINTER=PRINTTO\nA4=PAPER\n");
+        QCOMPARE(PrinterChoice::load(s.folder), PrinterChoice());
+    }
+
+    void printTarget_data() {
+        using K = PrinterChoice::Kind;
+        using R = PrintTarget::Route;
+        QTest::addColumn<PrinterChoice>("choice");
+        QTest::addColumn<QString>("defaultPrinter");
+        QTest::addColumn<PrintTarget>("expected");
+        const PrinterChoice none;
+        const PrinterChoice front{K::Printer, "Front", {}, {}};
+        const PrinterChoice gone{K::Printer, "Back Office", {}, {}};
+        const PrinterChoice pdf{K::Pdf, "Front", {}, {}};
+        row("chosen printer", front, "Lobby", PrintTarget{R::Printer, "Front"});
+        row("chosen printer gone: not another", gone, "Lobby", PrintTarget{R::NoPrinter, {}});
+        row("nothing chosen: the default", none, "Lobby", PrintTarget{R::Printer, "Lobby"});
+        row("nothing chosen, no default", none, "", PrintTarget{R::NoPrinter, {}});
+        row("PDF though printers exist", pdf, "Lobby", PrintTarget{R::Pdf, {}});
+    }
+    void printTarget() {
+        QFETCH(PrinterChoice, choice);
+        QFETCH(QString, defaultPrinter);
+        QFETCH(PrintTarget, expected);
+        const QStringList printers{"Lobby", "Front"};
+        QCOMPARE(::printTarget(choice, printers, defaultPrinter), expected);
+    }
+
+    void printerOffers_data() {
+        using K = PrinterChoice::Kind;
+        QTest::addColumn<PrinterChoice>("choice");
+        QTest::addColumn<QStringList>("printers");
+        QTest::addColumn<QStringList>("captions");
+        QTest::addColumn<int>("current");
+        const QStringList two{"Lobby", "Front"};
+        const QStringList offered{"Lobby (the system's default)", "Front", "PDF file"};
+        row("nothing chosen: the default", PrinterChoice(), two, offered, 0);
+        row("a printer chosen", PrinterChoice{K::Printer, "Front", {}, {}}, two, offered, 1);
+        row("PDF chosen", PrinterChoice{K::Pdf, "Front", {}, {}}, two, offered, 2);
+        row("chosen printer gone: shown, not replaced",
+            PrinterChoice{K::Printer, "Back Office", {}, {}}, two,
+            QStringList{"Lobby (the system's default)", "Front", "Back Office (not found)",
+                        "PDF file"},
+            2);
+        row("no printer at all", PrinterChoice(), QStringList(), QStringList{"PDF file"}, 0);
+    }
+    void printerOffers() {
+        QFETCH(PrinterChoice, choice);
+        QFETCH(QStringList, printers);
+        QFETCH(QStringList, captions);
+        QFETCH(int, current);
+        const PrinterOffers o =
+            ::printerOffers(choice, printers, printers.isEmpty() ? QString() : printers.first());
+        QStringList shown;
+        for (const PrinterOffer& offer : o.offers)
+            shown << offer.caption;
+        QCOMPARE(shown, captions);
+        QCOMPARE(o.current, current);
+        // Each offer is the choice it says.
+        QCOMPARE(o.offers.last().kind, PrinterChoice::Kind::Pdf);
+        for (qsizetype i = 0; i + 1 < o.offers.size(); ++i)
+            QVERIFY(captions[i].startsWith(o.offers[i].printer));
     }
 
     void reportSource() {

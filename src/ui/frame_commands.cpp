@@ -8,6 +8,7 @@
 #include "server/operator_commands.h"
 #include "ui/about_dialog.h"
 #include "ui/main_window.h"
+#include "ui/printer_setup_dialog.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -77,8 +78,8 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
         {"mnuBkDB", "Back-Up Database", {}, none, later("The database backup")},
         {"mnuTxtview", "Message Archiver", {}, none, later("The message archiver")},
         {"mnuPrinter", "Tarvo Printer Setup", "printer", none,
-         [&f] {
-             f.openPrinterSetup();
+         [&f, &c] {
+             openPrinterSetup(c, f);
          }},
         {"mnuSwitch",
          "Switch User Log Session",

@@ -18,7 +18,6 @@
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QMenuBar>
-#include <QPrintDialog>
 #include <QStatusBar>
 #include <QTimer>
 #include <QToolBar>
@@ -316,13 +315,6 @@ void MainWindow::notAvailable(const QString& windowName) {
     console_.prompts().message(windowName +
                                    QStringLiteral(" is not available yet in this version."),
                                QString(), Icon::Information);
-}
-
-void MainWindow::openPrinterSetup() {
-    auto* dialog = new QPrintDialog(&printer_, this);
-    dialog->setObjectName(QStringLiteral("dlgPrinter"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    showForm(dialog, true);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -5,7 +5,6 @@
 
 #include <QHash>
 #include <QMainWindow>
-#include <QPrinter>
 
 #include <array>
 
@@ -53,7 +52,6 @@ public:
 
     // Commands the table binds.
     void notAvailable(const QString& windowName);
-    void openPrinterSetup();
 
 Q_SIGNALS:
     // The operator confirmed "Close Application?": the program ends now.
@@ -82,7 +80,6 @@ private:
     QTimer* backgroundTimer_ = nullptr;
     QHash<QString, QAction*> actions_;
     std::array<QLabel*, StatusPanelCount> panels_{};
-    QPrinter printer_;
     bool modalShowsBlock_ = true;
     bool ticking_ = false;
 };
