@@ -4,10 +4,12 @@
 #include "billing/board_window.h"
 #include "server/operator_commands.h"
 #include "server/session_start.h"
+#include "store/printer_choice.h"
 #include "support/console_fixture.h"
 #include "support/terminal_probe.h"
 #include "ui/main_window.h"
 
+#include <QDir>
 #include <QtTest>
 #include <QtWidgets>
 
@@ -278,14 +280,20 @@ private Q_SLOTS:
         QVERIFY(dialog);
         QTest::keyClicks(dialog->findChild<QLineEdit*>(u"txtor"_s), u"12"_s);
         dialog->findChild<QCheckBox*>(u"chkPrint"_s)->setChecked(print);
+        // The statement goes to a PDF file, never to a printer this machine may have.
+        PrinterChoice pdf;
+        pdf.kind = PrinterChoice::Kind::Pdf;
+        pdf.save(*fx->folder);
         fx->prompts.clear();
         fx->prompts.answers = {answer};
         billButton(u"cmdsave"_s)->click();
         const bool saved = answer == Answer::Yes;
         QStringList told = {u"Save Billing for this PC: 3?"_s};
         if (saved && print)
-            told << u"Printing is not available yet in this version."_s;
+            told << u"Sending Billing Statement to Printer ..Please Wait.."_s;
         QCOMPARE(fx->prompts.texts(), told);
+        QCOMPARE(QDir(PrinterChoice::defaultPdfFolder(*fx->folder)).entryList(QDir::Files).size(),
+                 saved && print ? 1 : 0);
         QCOMPARE(dialog && dialog->isVisible(), !saved);
         QCOMPARE(record(3).state, saved ? TerminalState::NotLogged : TerminalState::Billing);
         QCOMPARE(TerminalProbe::drain(t), saved ? (L{"CMTR", "OFPS"}) : L{});

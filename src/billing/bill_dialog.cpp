@@ -1,5 +1,8 @@
 #include "billing/bill_dialog.h"
 
+#include "billing/statement.h"
+#include "ui/statement_printer.h"
+
 #include "base/form_host.h"
 #include "billing/charge.h"
 #include "console/console.h"
@@ -226,7 +229,8 @@ void openBillFromList(Console& console, FormHost& host, int pc) {
     openBill(console, host, pc, TimeLimitSlots::slotOfPc(pc));
 }
 
-void printBill(Console& console, const BillFields&) {
-    console.prompts().message(QStringLiteral("Printing is not available yet in this version."),
-                              QString(), Prompts::Icon::Information);
+void printBill(Console& console, const BillFields& bill) {
+    const QDateTime now = console.clock().now();
+    printStatement(statementLines(bill, now, console.rates().ratePerHour()), bill.pc, now,
+                   console.folder(), console.prompts());
 }
