@@ -77,7 +77,7 @@ void ActiveBoard::refresh(const TerminalTable& table, const Rates& rates, qint32
             break;
         case TerminalState::NotLogged:
         case TerminalState::Other:
-            set(tile, {r.online ? QStringLiteral("Free, on line") : QStringLiteral("Off line"),
+            set(tile, {r.online ? QStringLiteral("Locked, on line") : QStringLiteral("Off line"),
                        QStringLiteral("Click number to log"), QStringLiteral("P 0.00")});
             break;
         }
