@@ -1,10 +1,12 @@
 // What one tick of the console's timers costs with a full page of 24 running sessions:
-// the board's tick (amounts and time limits of the shown page) and the main window's
-// timer (status panels, and the board's amounts). Median and 99th percentile over
+// the board's tick (amounts and time limits of the shown page), the same with the board's
+// window bringing its 24 tiles up to date, and the main window's timer (status panels,
+// and the board's amounts). Median and 99th percentile over
 // thousands of ticks, in microseconds.
 #include "base/clock.h"
 #include "base/prompts.h"
 #include "billing/board_rules.h"
+#include "billing/board_window.h"
 #include "console/console.h"
 #include "server/session_start.h"
 #include "ui/main_window.h"
@@ -62,6 +64,13 @@ int main(int argc, char* argv[]) {
 
     MainWindow window(console);
     window.show();
+    BoardWindow board(console, window);
+    board.show();
+    out << "board window tick (ATVTmr, the 24 tiles redrawn): " << figures(5000, [&] {
+        clock.advance(1000);
+        board.tick();
+    }) << Qt::endl;
+
     out << "main timer tick (MainTmr), with the window's panels: " << figures(5000, [&] {
         clock.advance(250);
         window.mainTimerTick();
