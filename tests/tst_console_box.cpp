@@ -28,7 +28,7 @@ template <typename T> T* part(QWidget& w, const char* name) {
 
 } // namespace
 
-class TestConsoleBox : public QObject {
+class ConsoleBoxTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void countdownClosesNotice_data() {
@@ -48,7 +48,8 @@ private Q_SLOTS:
         auto* ok = part<QPushButton>(dialog, "Label1");
         auto* timer1 = part<QTimer>(dialog, "Timer1");
         QCOMPARE(ok->text(), QStringLiteral("OK(5)"));
-        QVERIFY(timer1->isActive() && timer1->interval() == 5000);
+        QVERIFY(timer1->isActive());
+        QCOMPARE(timer1->interval(), 5000);
         for (const auto& [ms, label] : QList<QPair<int, QString>>{
                  {400, "OK(5)"}, {1000, "OK(4)"}, {2000, "OK(2)"}, {1000, "OK(1)"}}) {
             clock.advance(ms);
@@ -149,5 +150,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestConsoleBox)
+QTEST_MAIN(ConsoleBoxTest)
 #include "tst_console_box.moc"

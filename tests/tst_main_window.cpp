@@ -1,4 +1,5 @@
 #include "base/text.h"
+#include "support/files.h"
 #include "support/frame_fixture.h"
 
 #include <QtTest>
@@ -162,40 +163,42 @@ private Q_SLOTS:
         }
     }
 
-    void showFormPlacement_data() {
-        QTest::addColumn<int>("mainWidth");
+    // A form opens centred on the frame, 100 twips from its top: a modal one as a window of
+    // its own, placed against the frame's outer edge, a modeless one inside. None opens while
+    // the frame is minimised.
+    void showForm_data() {
         QTest::addColumn<bool>("modal");
-        QTest::newRow("modeless, odd difference") << 1001 << false;
-        QTest::newRow("modal") << 1001 << true;
+        QTest::addColumn<bool>("minimised");
+        row("modeless", false, false);
+        row("modal", true, false);
+        row("minimised", false, true);
     }
-    void showFormPlacement() {
-        QFETCH(int, mainWidth);
+    void showForm() {
         QFETCH(bool, modal);
-        window->resize(mainWidth, 700);
-        QWidget* form = modal ? new QDialog : new QWidget;
+        QFETCH(bool, minimised);
+        window->resize(1001, 700); // an odd difference to the form's width
+        if (minimised)
+            window->setWindowState(Qt::WindowMinimized);
+        QPointer<QWidget> form = modal ? new QDialog : new QWidget;
         form->resize(300, 200);
         window->showForm(form, modal);
+        QCOMPARE(fx->prompts.texts(),
+                 minimised
+                     ? QStringList{u"Windows is in minimized state, just select windows menu"_s}
+                     : QStringList());
+        const auto subs = mdi()->subWindowList();
+        QCOMPARE(subs.size(), modal || minimised ? 0 : 1);
+        if (minimised) {
+            if (form)
+                QVERIFY(!form->isVisible());
+            return;
+        }
         QVERIFY(form->isVisible());
         QCOMPARE(form->isModal(), modal);
-        QVERIFY(fx->prompts.shown.isEmpty());
-        const auto subs = mdi()->subWindowList();
-        QCOMPARE(subs.size(), modal ? 0 : 1);
-        // A modal form is a window of its own, placed against the main window's frame.
-        QWidget* placed = modal ? form : subs.first();
-        const QRect outer = modal ? window->frameGeometry() : QRect(0, 0, mainWidth, 1);
+        QWidget* placed = modal ? form.data() : subs.first();
+        const QRect outer = modal ? window->frameGeometry() : QRect(0, 0, 1001, 1);
         QCOMPARE(placed->pos() - outer.topLeft(),
                  QPoint((outer.width() - placed->width()) / 2, 100 * window->logicalDpiY() / 1440));
-    }
-
-    void showFormRefusedWhenMinimised() {
-        window->setWindowState(Qt::WindowMinimized);
-        QPointer<QWidget> form = new QWidget;
-        window->showForm(form, false);
-        QCOMPARE(fx->prompts.texts(),
-                 QStringList{u"Windows is in minimized state, just select windows menu"_s});
-        QVERIFY(mdi()->subWindowList().isEmpty());
-        if (form)
-            QVERIFY(!form->isVisible());
     }
 
     // The list follows the table by itself, with no timer tick; each item ends with its
