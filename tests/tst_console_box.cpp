@@ -129,23 +129,22 @@ private Q_SLOTS:
         }
         shown.sort();
         QCOMPARE(shown, QStringList({"MyMsgbox", "frmNotices"}));
-        const QAbstractItemModel* notices = list->model();
-        QCOMPARE(notices->rowCount(), WidgetPrompts::NoticeLimit);
-        QVERIFY(notices->index(0, 0).data().toString().endsWith("PC 3: EMT 999"));
-        QVERIFY(notices->index(WidgetPrompts::NoticeLimit - 1, 0)
-                    .data()
-                    .toString()
-                    .endsWith("PC 3: EMT 800"));
+        const auto line = [&](int i) {
+            return list->model()->index(i, 0).data().toString();
+        };
+        QCOMPARE(list->model()->rowCount(), WidgetPrompts::NoticeLimit);
+        QVERIFY2(line(0).endsWith("PC 3: EMT 999"), qPrintable(line(0)));
+        QVERIFY2(line(WidgetPrompts::NoticeLimit - 1).endsWith("PC 3: EMT 800"),
+                 qPrintable(line(WidgetPrompts::NoticeLimit - 1)));
 
         // A long notice shows as one short line; the whole of it is a click away.
         const QString longText = QString(60000, QLatin1Char('x')) + QStringLiteral("\nEND");
         prompts.notice(longText, "PC 4", Prompts::Icon::Information);
-        const QString line = notices->index(0, 0).data().toString();
-        QVERIFY(line.size() <= WidgetPrompts::NoticeLineLength + 10);
-        QVERIFY(!line.contains(QLatin1Char('\n')));
+        QVERIFY(line(0).size() <= WidgetPrompts::NoticeLineLength + 10);
+        QVERIFY(!line(0).contains(QLatin1Char('\n')));
         auto* whole = list->window()->findChild<QPlainTextEdit*>("txtNotice");
         QVERIFY(whole);
-        Q_EMIT list->clicked(notices->index(0, 0));
+        Q_EMIT list->clicked(list->model()->index(0, 0));
         QVERIFY(whole->toPlainText().endsWith("PC 4: " + longText));
     }
 };

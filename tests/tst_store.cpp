@@ -108,7 +108,6 @@ private Q_SLOTS:
         row("run, not read", "none", true, "rename");
         row("write", "write", false, "rename");
         row("stopped in an inner session", "inner", true, "rename");
-        row("failed statement", "fail", false, "rename");
         row("rewritten in place", "all", false, "rewrite");
         row("deleted and copied back", "all", false, "copy");
         row("missing for a while", "all", false, "missing");
@@ -136,10 +135,8 @@ private Q_SLOTS:
                 QVERIFY(q.next());
             } else if (use == "none") {
                 s.run(ByPc, {9});
-            } else if (use == "write") {
-                s.run(QStringLiteral("UPDATE SrvIPTable SET Status = ?"), {yesNo(true)});
             } else {
-                QVERIFY_THROWS_EXCEPTION(StoreError, s.run("SELECT nothing FROM SrvIPTable"));
+                s.run(QStringLiteral("UPDATE SrvIPTable SET Status = ?"), {yesNo(true)});
             }
             QCOMPARE(!otherProgramCanLock(path), lockedDuring);
         }
@@ -255,7 +252,8 @@ private Q_SLOTS:
     }
 
     // A failed statement is reported, and the same statement run rightly afterwards works:
-    // values left bound from an earlier run never stand in for missing ones.
+    // values left bound from an earlier run never stand in for missing ones. The file is
+    // free once the operation ends.
     void failedStatement_data() {
         QTest::addColumn<QString>("sql");
         QTest::addColumn<QVariantList>("values");
@@ -275,6 +273,7 @@ private Q_SLOTS:
             q = s.run(ByPc, {2});
             QCOMPARE(firstColumn(q), (QStringList{"10.0.0.1", "10.0.0.2"}));
         }
+        QVERIFY(otherProgramCanLock(st.db.path()));
     }
 
     // The file alone holds everything after each operation: a rollback journal that is gone
@@ -302,17 +301,11 @@ private Q_SLOTS:
     // alone: in a new file, and in one prepared with the earlier revenue indexes.
     void revenueSumFromIndex_data() {
         QTest::addColumn<bool>("earlier");
-        QTest::addColumn<QString>("type"); // empty: every type
-        QTest::addColumn<double>("sum");
-        row("one type", false, "Games_Rentals", 30.0);
-        row("every type", false, "", 35.0);
-        row("one type, earlier file", true, "Games_Rentals", 30.0);
-        row("every type, earlier file", true, "", 35.0);
+        row("new file", false);
+        row("earlier indexes", true);
     }
     void revenueSumFromIndex() {
         QFETCH(bool, earlier);
-        QFETCH(QString, type);
-        QFETCH(double, sum);
         Store st;
         if (earlier) {
             QVERIFY(sqliteTool(st.db.path(),
@@ -335,15 +328,17 @@ private Q_SLOTS:
               {last.addDays(1), "GAMES_RENTALS", 2000}})
             st.query("INSERT INTO TmpRvnD (Rdate, rtype, Amount) VALUES (?, ?, ?)",
                      {day, kind, amount});
-        QString sql = "SELECT sum(Amount) FROM TmpRvnD WHERE Rdate >= ? AND Rdate <= ?";
-        QVariantList values{first, last};
-        if (!type.isEmpty()) {
-            sql += " AND rtype = ? COLLATE NOCASE";
-            values << type;
+        const QString sum = "SELECT sum(Amount) FROM TmpRvnD WHERE Rdate >= ? AND Rdate <= ?";
+        for (const auto& [sql, type, expected] :
+             {std::tuple{sum + " AND rtype = ? COLLATE NOCASE", "Games_Rentals", "30"},
+              {sum, "", "35"}}) {
+            QVariantList values{first, last};
+            if (*type)
+                values << type;
+            const QString plan = st.query("EXPLAIN QUERY PLAN " + sql, values);
+            QVERIFY2(plan.contains("COVERING INDEX"), qPrintable(plan));
+            QCOMPARE(st.query(sql, values), expected);
         }
-        const QString plan = st.query("EXPLAIN QUERY PLAN " + sql, values);
-        QVERIFY2(plan.contains("COVERING INDEX"), qPrintable(plan));
-        QCOMPARE(st.query(sql, values).toDouble(), sum);
     }
 
     void newFileAndPreparedAgain() {
