@@ -1,6 +1,5 @@
 // The hostile cases at their real size: thousands of connections, a database locked by
-// another program, a snapshot past the real bound, and the socket counter carried past
-// 32,767 by real connections.
+// another program, a snapshot past the real bound.
 #include "console/startup_checks.h"
 #include "server/operator_commands.h"
 #include "support/console_fixture.h"
@@ -93,23 +92,6 @@ private Q_SLOTS:
         QVERIFY(!console().snapshots().receiving());
         QVERIFY(!QFile::exists(fx->folder->file(u"TrmSnapShot.Bmp"_s)));
         QVERIFY(console().messageLog().contains(u"more than any screen"_s));
-    }
-
-    // Connect-and-close churn carries the socket counter past 32,767; terminals are still
-    // accepted.
-    void churnPastTheOldSocketLimit() {
-        for (int i = 0; i < 32800; ++i) {
-            QTcpSocket s;
-            s.connectToHost(QHostAddress::LocalHost, console().server().port());
-            if (s.waitForConnected(5000))
-                s.abort();
-            if (i % 500 == 0)
-                QCoreApplication::processEvents();
-        }
-        QTRY_VERIFY_WITH_TIMEOUT(console().server().socketCounter() > 32767, 60000);
-        auto t = probe().online(4);
-        QVERIFY(t);
-        QCOMPARE(TerminalProbe::drain(*t), L{});
     }
 };
 
