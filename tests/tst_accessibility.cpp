@@ -6,8 +6,7 @@
 #include "people/first_admin_dialog.h"
 #include "people/log_in_dialog.h"
 #include "server/session_start.h"
-#include "support/console_fixture.h"
-#include "ui/main_window.h"
+#include "support/frame_fixture.h"
 #include "ui/prompts_dialog.h"
 
 #include <QAccessible>
@@ -87,8 +86,8 @@ QStringList problems(QWidget* window) {
 class AccessibilityTest : public QObject {
     Q_OBJECT
 
-    std::unique_ptr<ConsoleFixture> fx;
-    std::unique_ptr<MainWindow> frame;
+    std::unique_ptr<FrameFixture> fx;
+    MainWindow* frame = nullptr;
     std::unique_ptr<WidgetPrompts> boxes; // the real boxes, over the frame
 
     Console& console() { return *fx->console; }
@@ -113,22 +112,14 @@ class AccessibilityTest : public QObject {
 
 private Q_SLOTS:
     void init() {
-        fx = std::make_unique<ConsoleFixture>();
-        fx->start();
-        console().currentOperator() = {u"ANA"_s, u"Admin"_s, u"pw"_s};
-        frame = std::make_unique<MainWindow>(console());
-        frame->setModalShowsBlock(false);
-        frame->show();
-        QVERIFY(QTest::qWaitForWindowExposed(frame.get()));
+        fx = std::make_unique<FrameFixture>();
+        QVERIFY(fx->show(u"Admin"_s));
+        frame = fx->frame.get();
         boxes = std::make_unique<WidgetPrompts>(fx->clock);
-        boxes->setParentWindow(frame.get());
+        boxes->setParentWindow(frame);
     }
     void cleanup() {
         boxes.reset();
-        frame.reset();
-        for (QWidget* w : QApplication::topLevelWidgets())
-            w->deleteLater();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         fx.reset();
     }
 
@@ -158,7 +149,7 @@ private Q_SLOTS:
             if (window.endsWith(u"floating"_s))
                 frame->findChild<QDockWidget*>(u"dockTerminals"_s)->setFloating(true);
             Q_EMIT frame->findChild<QMenu*>(u"mnuWin"_s)->aboutToShow();
-            found = problems(frame.get());
+            found = problems(frame);
         } else if (window == u"frmLog"_s) {
             LogInDialog logIn(console(), LogInDialog::Mode::Start);
             found = problems(&logIn);

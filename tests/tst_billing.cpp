@@ -22,7 +22,7 @@ class BillingTest : public QObject {
     Console& console() { return *fx->console; }
     const TerminalRecord& record(int pc) { return console().terminals().at(pc); }
     void start(const QByteArray& settings = "24=NOFPC\n") {
-        fx->writeSettings(settings);
+        fx->writeFile(QStringLiteral("TarvoQRB.INI"), settings);
         probe = std::make_unique<TerminalProbe>(fx->start());
         QVERIFY(probe->openOtherLine());
     }

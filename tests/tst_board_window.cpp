@@ -86,7 +86,7 @@ class BoardWindowTest : public QObject {
 private Q_SLOTS:
     void init() {
         fx = std::make_unique<ConsoleFixture>();
-        fx->writeSettings("54=NOFPC\n");
+        fx->writeFile(QStringLiteral("TarvoQRB.INI"), "54=NOFPC\n");
         fx->start();
         probe = std::make_unique<TerminalProbe>(console());
         QVERIFY(probe->openOtherLine());

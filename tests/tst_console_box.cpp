@@ -28,7 +28,7 @@ template <typename T> T* part(QWidget& w, const char* name) {
 
 } // namespace
 
-class TestConsoleBox : public QObject {
+class ConsoleBoxTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void countdownClosesNotice_data() {
@@ -48,7 +48,8 @@ private Q_SLOTS:
         auto* ok = part<QPushButton>(dialog, "Label1");
         auto* timer1 = part<QTimer>(dialog, "Timer1");
         QCOMPARE(ok->text(), QStringLiteral("OK(5)"));
-        QVERIFY(timer1->isActive() && timer1->interval() == 5000);
+        QVERIFY(timer1->isActive());
+        QCOMPARE(timer1->interval(), 5000);
         for (const auto& [ms, label] : QList<QPair<int, QString>>{
                  {400, "OK(5)"}, {1000, "OK(4)"}, {2000, "OK(2)"}, {1000, "OK(1)"}}) {
             clock.advance(ms);
@@ -128,26 +129,25 @@ private Q_SLOTS:
         }
         shown.sort();
         QCOMPARE(shown, QStringList({"MyMsgbox", "frmNotices"}));
-        const QAbstractItemModel* notices = list->model();
-        QCOMPARE(notices->rowCount(), WidgetPrompts::NoticeLimit);
-        QVERIFY(notices->index(0, 0).data().toString().endsWith("PC 3: EMT 999"));
-        QVERIFY(notices->index(WidgetPrompts::NoticeLimit - 1, 0)
-                    .data()
-                    .toString()
-                    .endsWith("PC 3: EMT 800"));
+        const auto line = [&](int i) {
+            return list->model()->index(i, 0).data().toString();
+        };
+        QCOMPARE(list->model()->rowCount(), WidgetPrompts::NoticeLimit);
+        QVERIFY2(line(0).endsWith("PC 3: EMT 999"), qPrintable(line(0)));
+        QVERIFY2(line(WidgetPrompts::NoticeLimit - 1).endsWith("PC 3: EMT 800"),
+                 qPrintable(line(WidgetPrompts::NoticeLimit - 1)));
 
         // A long notice shows as one short line; the whole of it is a click away.
         const QString longText = QString(60000, QLatin1Char('x')) + QStringLiteral("\nEND");
         prompts.notice(longText, "PC 4", Prompts::Icon::Information);
-        const QString line = notices->index(0, 0).data().toString();
-        QVERIFY(line.size() <= WidgetPrompts::NoticeLineLength + 10);
-        QVERIFY(!line.contains(QLatin1Char('\n')));
+        QVERIFY(line(0).size() <= WidgetPrompts::NoticeLineLength + 10);
+        QVERIFY(!line(0).contains(QLatin1Char('\n')));
         auto* whole = list->window()->findChild<QPlainTextEdit*>("txtNotice");
         QVERIFY(whole);
-        Q_EMIT list->clicked(notices->index(0, 0));
+        Q_EMIT list->clicked(list->model()->index(0, 0));
         QVERIFY(whole->toPlainText().endsWith("PC 4: " + longText));
     }
 };
 
-QTEST_MAIN(TestConsoleBox)
+QTEST_MAIN(ConsoleBoxTest)
 #include "tst_console_box.moc"

@@ -3,6 +3,7 @@
 #include "base/format.h"
 #include "base/money.h"
 #include "base/text.h"
+#include "support/files.h"
 
 #include <QTest>
 
@@ -12,10 +13,6 @@ class FormatTest : public QObject {
     Q_OBJECT
     static constexpr qint32 Max = std::numeric_limits<qint32>::max();
     static constexpr qint32 Min = std::numeric_limits<qint32>::min();
-    // One table row a line; arguments decay so string literals land in QString columns.
-    template <typename... T> static void row(const char* n, T... v) {
-        (QTest::newRow(n) << ... << v);
-    }
 
 private Q_SLOTS:
     // A double value goes through formatNumber(double); a qint64 is Money in ten-thousandths.
@@ -95,78 +92,62 @@ private Q_SLOTS:
             QCOMPARE(formatDate(when.date(), mask), expected);
     }
 
-    void leadingNumber_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<double>("expected");
-        row("grouped reads first group", "1,234.50", 1.0);
-        row("inner blank skipped", "1 2", 12.0);
-        row("blank after sign", "- 5", -5.0);
-        row("currency letter", "P 125.00", 0.0);
-        row("second point stops", "5.5.5", 5.5);
-        row("signed fraction", "  -3.25xyz", -3.25);
-        row("sign later stops", "5-3", 5.0);
-        row("no exponent", "1e3", 1.0);
-    }
-    void leadingNumber() {
-        QFETCH(QString, text);
-        QFETCH(double, expected);
-        QCOMPARE(::leadingNumber(text), expected);
-    }
-
-    // A PC number after the first colon: 1 to 255, a whole number, else 0.
-    void numberAfterColon_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("expected");
-        row("list entry", "Pc Number 3 is not logged :3", 3);
-        row("blank after colon", "PC: 12", 12);
-        row("largest", "PC:255", 255);
-        row("too large", "PC:256", 0);
-        row("zero", "PC:0", 0);
-        row("fraction", "PC:3.5", 0);
-        row("no colon", "PC 7", 0);
-        row("only the first colon", "a:b:7", 0);
-    }
-    void numberAfterColon() {
-        QFETCH(QString, text);
-        QFETCH(int, expected);
-        QCOMPARE(::numberAfterColon(text), expected);
-        // findChar counts from 1, 0 when absent.
-        QCOMPARE(int(findChar(":", text)), int(text.indexOf(QLatin1Char(':')) + 1));
-    }
-
-    void elapsed_data() {
-        QTest::addColumn<qint32>("ms");
+    // Text read and written by the other helpers; each row names the helper and gives its
+    // input as text.
+    void conversions_data() {
+        QTest::addColumn<QString>("helper");
+        QTest::addColumn<QString>("input");
         QTest::addColumn<QString>("expected");
-        row("under a second", 999, "00:00:00");
-        row("most negative", Min, "00:00:00");
-        row("h m s", 3723000, "01:02:03");
-        row("no day field", 86400000, "24:00:00");
-        row("100 hours", 360000000, "100:00:00");
-        row("largest", Max, "596:31:23");
-    }
-    void elapsed() {
-        QFETCH(qint32, ms);
-        QFETCH(QString, expected);
-        QCOMPARE(formatElapsed(ms), expected);
-    }
-
-    // Half of the fourth decimal rounds away from zero however the double lies about it.
-    void moneyFromDouble_data() {
-        QTest::addColumn<double>("value");
-        QTest::addColumn<QString>("expected");
-        row("0.1", 0.1, "0.1000");
-        row("2.675", 2.675, "2.6750");
+        // Blanks anywhere are skipped, then a sign, digits and one point; nothing else.
+        row("grouped reads first group", "leadingNumber", "1,234.50", "1");
+        row("inner blank skipped", "leadingNumber", "1 2", "12");
+        row("blank after sign", "leadingNumber", "- 5", "-5");
+        row("currency letter", "leadingNumber", "P 125.00", "0");
+        row("second point stops", "leadingNumber", "5.5.5", "5.5");
+        row("signed fraction", "leadingNumber", "  -3.25xyz", "-3.25");
+        row("sign later stops", "leadingNumber", "5-3", "5");
+        row("no exponent", "leadingNumber", "1e3", "1");
+        // A PC number after the first colon: 1 to 255, a whole number, else 0.
+        row("list entry", "numberAfterColon", "Pc Number 3 is not logged :3", "3");
+        row("blank after colon", "numberAfterColon", "PC: 12", "12");
+        row("largest", "numberAfterColon", "PC:255", "255");
+        row("too large", "numberAfterColon", "PC:256", "0");
+        row("zero", "numberAfterColon", "PC:0", "0");
+        row("fraction", "numberAfterColon", "PC:3.5", "0");
+        row("no colon", "numberAfterColon", "PC 7", "0");
+        row("only the first colon", "numberAfterColon", "a:b:7", "0");
+        // Running time: hours are not wrapped into days; nothing below zero.
+        row("under a second", "formatElapsed", "999", "00:00:00");
+        row("most negative", "formatElapsed", QString::number(Min), "00:00:00");
+        row("h m s", "formatElapsed", "3723000", "01:02:03");
+        row("no day field", "formatElapsed", "86400000", "24:00:00");
+        row("100 hours", "formatElapsed", "360000000", "100:00:00");
+        row("largest time", "formatElapsed", QString::number(Max), "596:31:23");
+        // Half of the fourth decimal rounds away from zero however the double lies about it.
+        row("0.1", "Money::fromDouble", "0.1", "0.1000");
+        row("2.675", "Money::fromDouble", "2.675", "2.6750");
         // Once came out as 84 ten-thousandths: the scaled product is 84.4999...
-        row("0.00845", 0.00845, "0.0085");
-        row("-0.00845", -0.00845, "-0.0085");
-        row("0.00495", 0.00495, "0.0050");
-        row("-0.00005", -0.00005, "-0.0001");
-        row("large", 123456.78905, "123456.7891");
+        row("0.00845", "Money::fromDouble", "0.00845", "0.0085");
+        row("-0.00845", "Money::fromDouble", "-0.00845", "-0.0085");
+        row("0.00495", "Money::fromDouble", "0.00495", "0.0050");
+        row("-0.00005", "Money::fromDouble", "-0.00005", "-0.0001");
+        row("large", "Money::fromDouble", "123456.78905", "123456.7891");
     }
-    void moneyFromDouble() {
-        QFETCH(double, value);
+    void conversions() {
+        QFETCH(QString, helper);
+        QFETCH(QString, input);
         QFETCH(QString, expected);
-        QCOMPARE(Money::fromDouble(value).toDecimalText(), expected);
+        if (helper == "leadingNumber") {
+            QCOMPARE(QString::number(leadingNumber(input)), expected);
+        } else if (helper == "numberAfterColon") {
+            QCOMPARE(QString::number(numberAfterColon(input)), expected);
+            // findChar counts from 1, 0 when absent.
+            QCOMPARE(int(findChar(":", input)), int(input.indexOf(QLatin1Char(':')) + 1));
+        } else if (helper == "formatElapsed") {
+            QCOMPARE(formatElapsed(input.toInt()), expected);
+        } else {
+            QCOMPARE(Money::fromDouble(input.toDouble()).toDecimalText(), expected);
+        }
     }
 
     void tickArithmetic_data() {

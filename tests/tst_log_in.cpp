@@ -23,8 +23,7 @@ const QString SwitchBox = "box Switch Log: Change Log Boss Done (Message)";
 // Maria logged in, and accounts (some unusable on purpose) unless told not to.
 struct AccountsFixture : ConsoleFixture {
     explicit AccountsFixture(bool withAccounts = true) {
-        console = std::make_unique<Console>(clock, prompts, *folder);
-        console->openStorage();
+        open();
         const QList<QVariantList> rows = {
             {"Maria", "User", "secret"}, {"Boss", "Admin", "Key1"},   {"Nokey", "User", {}},
             {"Notype", {}, "abc"},       {"Padded", "User", " pad "}, {"O'Brien", "Admin", "irish"},
@@ -82,7 +81,7 @@ struct DialogCase {
 
 } // namespace
 
-class TestLogIn : public QObject {
+class LogInTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
     void logInSteps_data() {
@@ -215,5 +214,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestLogIn)
+QTEST_MAIN(LogInTest)
 #include "tst_log_in.moc"

@@ -46,7 +46,7 @@ private Q_SLOTS:
         const QString build = qEnvironmentVariable("TARVO_BUILD_DIR", u"."_s);
         out = QDir(build + u"/screenshots"_s);
         QVERIFY(out.mkpath(u"."_s));
-        fx.writeSettings("30=NOFPC\n");
+        fx.writeFile(QStringLiteral("TarvoQRB.INI"), "30=NOFPC\n");
         fx.start();
         probe = std::make_unique<TerminalProbe>(console());
         QVERIFY(probe->openOtherLine());

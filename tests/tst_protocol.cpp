@@ -231,9 +231,8 @@ private Q_SLOTS:
         for (const QByteArray& first : messages)
             for (const QByteArray& second : messages) {
                 QByteArray pending;
-                const L got = split({first + second}, pending);
-                QVERIFY2(got == (L{first, second}) && pending.isEmpty(),
-                         (first + " + " + second + " came as " + got.join('|')).constData());
+                QCOMPARE(split({first + second}, pending), (L{first, second}));
+                QCOMPARE(pending, QByteArray());
             }
     }
 

@@ -40,6 +40,7 @@ class RatesTest : public QObject {
     void restart() {
         frame.reset();
         fx->prompts.clear();
+        fx->console.reset(); // a console started again reads everything afresh
         fx->start();
         console().currentOperator() = {u"ANA"_s, u"Admin"_s, u"pw"_s};
         frame = std::make_unique<MainWindow>(console());

@@ -4,9 +4,8 @@
 #include "protocol/protocol.h"
 #include "server/session_clock.h"
 #include "support/console_fixture.h"
-#include "support/terminal_probe.h"
+#include "support/files.h"
 
-#include <QFile>
 #include <QImage>
 #include <QSignalSpy>
 #include <QTcpServer>
@@ -20,17 +19,9 @@ class ServerTest : public QObject {
     Q_OBJECT
 
     std::unique_ptr<ConsoleFixture> fx;
-    std::unique_ptr<TerminalProbe> probe;
 
     Console& console() { return *fx->console; }
-    TerminalServer& server() { return fx->console->server(); }
-    const TerminalRecord& record(int pc) { return fx->console->terminals().at(pc); }
-    std::unique_ptr<TerminalClient> connectFrom(const char* address = "127.0.0.1") {
-        return probe->connect(QString::fromLatin1(address));
-    }
-    bool identify(TerminalClient& t, int pc) { return probe->identify(t, pc); }
-    static L drain(TerminalClient& t) { return TerminalProbe::drain(t); }
-    L exchange(TerminalClient& t, const QByteArray& message) { return probe->exchange(t, message); }
+    TerminalProbe& probe() { return fx->probe(); }
     // The registry as "address|PC|socket|on", one entry per row.
     QStringList ipRows() {
         DbSession s(console().database());
@@ -44,77 +35,61 @@ class ServerTest : public QObject {
 
 private Q_SLOTS:
     void init() {
-        probe.reset();
-        fx.reset();
         fx = std::make_unique<ConsoleFixture>();
-        probe = std::make_unique<TerminalProbe>(fx->start());
-        QVERIFY(probe->openOtherLine()); // socket 1; the terminals under test come after
+        fx->start();
+        probe(); // its own line takes socket 1; the terminals under test come after
     }
-
-    void reconnectTakesTheNextSocketAndKeepsTheRow_data() {
-        QTest::addColumn<bool>("reset");
-        QTest::newRow("orderly close") << false;
-        QTest::newRow("reset") << true;
-    }
-    void reconnectTakesTheNextSocketAndKeepsTheRow() {
-        QFETCH(bool, reset);
-        auto first = connectFrom();
-        QVERIFY(first);
-        QVERIFY(console().messageLog().contains("RQST CONN : 127.0.0.1\r"));
-        QVERIFY(identify(*first, 7));
-        QCOMPARE(ipRows(), QStringList{"127.0.0.1|7|2|on"});
-        reset ? first->abort() : first->disconnectFromConsole();
-        QTRY_VERIFY(!record(7).online);
-        QCOMPARE(ipRows(), QStringList{"127.0.0.1|7|2|off"});
-        QCOMPARE(console().control().socketOfPc(7), -1);
-
-        auto second = connectFrom();
-        QVERIFY(second);
-        QVERIFY(identify(*second, 7));
-        QCOMPARE(ipRows(), QStringList{"127.0.0.1|7|3|on"}); // the next socket
-        QCOMPARE(drain(*second), L{});                       // nothing was paused
-    }
+    void cleanup() { fx.reset(); }
 
     // What each terminal message, sent in turn from PC 5, brings: the answers, the
-    // notices shown ("title|text"), PC 5's session, and no change to the registry.
+    // notices shown ("title|text"), PC 5's session ("id|details"), and no change to the
+    // registry.
     void messages_data() {
         QTest::addColumn<QByteArray>("messages"); // '\n' between
         QTest::addColumn<QByteArray>("replies");  // '|' between
         QTest::addColumn<QString>("notice");
-        QTest::addColumn<QString>("cid");
+        QTest::addColumn<QString>("session");
         QTest::addColumn<QByteArray>("products"); // Products.LST; null: no file
         const auto row = [](const char* name, const QByteArray& messages, const QByteArray& replies,
-                            const QString& notice = {}, const QString& cid = {},
+                            const QString& notice = {}, const QString& session = {},
                             const QByteArray& products = {}) {
-            QTest::newRow(name) << messages << replies << notice << cid << products;
+            QTest::newRow(name) << messages << replies << notice << session << products;
         };
         const QByteArray log = "LOG ID-1:JUAN;5", started = "SMTR 09:00:00|Log Successful";
-        row("LOG, free PC", log, started, {}, "ID-1");
+        const QString duplicate = "Duplicate ID|Client ID is already logged";
+        row("LOG, free PC", log, started, {}, "ID-1|ID-1:JUAN");
         row("same customer, another PC", log + "\nLOG ID-1:JUAN;6", started + "|Failed Log",
-            "Duplicate ID|Client ID is already logged", "ID-1");
-        row("same customer in blanks", log + "\nLOG  ID-1 :X;6", started + "|Failed Log",
-            "Duplicate ID|Client ID is already logged", "ID-1");
+            duplicate, "ID-1|ID-1:JUAN");
+        row("same customer in blanks", log + "\nLOG  ID-1 :X;6", started + "|Failed Log", duplicate,
+            "ID-1|ID-1:JUAN");
         row("another customer, same PC", log + "\nLOG ID-2:ANA;5", started + "|Failed Log",
-            "Not Allowed|This PC is already logged", "ID-1");
+            "Not Allowed|This PC is already logged", "ID-1|ID-1:JUAN");
         row("LOG, PC empty", "LOG ID-1:JUAN;", "Failed Log",
             "Invalid Trm Number|Pc Terminal is empty");
         row("LOG, PC beyond NOFPC", "LOG ID-1:JUAN;25", "Failed Log");
-        // A member's name must match "LN, FN" (FN trimmed) in capitals; no own reply.
-        row("CHK as registered", "CHK M-0001:DELA CRUZ, JUAN;5", "SMTR 09:00:00", {}, "M-0001");
-        row("CHK other case", "CHK M-0001:dela Cruz, juan;5", "SMTR 09:00:00", {}, "M-0001");
+        // A member's name must match "LN, FN" (FN trimmed) in capitals; no own reply. The
+        // session takes the id as the register spells it.
+        const QString juan = "M-0001|M-0001:DELA CRUZ, JUAN";
+        row("CHK as registered", "CHK M-0001:DELA CRUZ, JUAN;5", "SMTR 09:00:00", {}, juan);
+        row("CHK other case", "CHK m-0001:dela Cruz, juan;5", "SMTR 09:00:00", {},
+            "M-0001|M-0001:dela Cruz, juan");
+        row("CHK same member in another case, another PC",
+            "CHK M-0001:DELA CRUZ, JUAN;5\nCHK m-0001:DELA CRUZ, JUAN;6",
+            "SMTR 09:00:00|Failed Log", duplicate, juan);
         row("CHK wrong first name", "CHK M-0001:DELA CRUZ, JOSE;5", "INVD");
         row("CHK no blank after comma", "CHK M-0001:DELA CRUZ,JUAN;5", "INVD");
         row("CHK unknown id", "CHK M-9999:DELA CRUZ, JUAN;5", "INVD");
+        // A terminal running Windows sends Windows-1252, not UTF-8; so may the product list be.
+        row("CHK in Windows-1252",
+            "CHK M-0002:PE\xd1"
+            "A, JOS\xc9;5",
+            "SMTR 09:00:00", {}, "M-0002|M-0002:PEÑA, JOSÉ");
+        row("PLS, Windows-1252 file", "PLS", "RAVP Café con leche @ 25.00;End", {}, {},
+            "Caf\xe9 con leche @ 25.00\r\n");
+        row("PLS, no file", "PLS", "RAVP None @ 0.00;End");
         row("Loa", "Loa", "Form logger loaded");
         row("TXT", "TXT hi from 5", "MSGR");
         row("EMT", "EMT Printer jammed", "", "|EMT Printer jammed");
-        const QByteArray two = "RAVP Coke @ 15.00;Chips @ 20.00;End";
-        row("PLS, no file", "PLS", "RAVP None @ 0.00;End");
-        row("PLS, empty file", "PLS", "RAVP End", {}, {}, "");
-        row("PLS, two lines", "PLS", two, {}, {}, "Coke @ 15.00\nChips @ 20.00\n");
-        row("PLS, CRLF, no last newline", "PLS", two, {}, {}, "Coke @ 15.00\r\nChips @ 20.00");
-        row("PLS, blank line", "PLS", "RAVP A @ 1.00;;B @ 2.00;End", {}, {},
-            "A @ 1.00\n\nB @ 2.00\n");
         // Malformed: ignored without an answer.
         for (const char* m : {"LOG ID-1 JUAN;5", "LOG ID-1;JUAN:5", "LOG ID-1:JUAN;300",
                               "CHK ID-1:JUAN", "AIPxyz", "log ID-1:JUAN;5"})
@@ -125,24 +100,21 @@ private Q_SLOTS:
         QFETCH(QByteArray, messages);
         QFETCH(QByteArray, replies);
         QFETCH(QString, notice);
-        QFETCH(QString, cid);
+        QFETCH(QString, session);
         QFETCH(QByteArray, products);
-        if (!products.isNull()) {
-            QFile f(fx->folder->file("Products.LST"));
-            QVERIFY(f.open(QIODevice::WriteOnly));
-            QCOMPARE(f.write(products), products.size());
-        }
-        fx->exec("INSERT INTO members (CID, LN, FN) VALUES ('M-0001', 'Dela Cruz', '  Juan ')");
+        if (!products.isNull())
+            QVERIFY(fx->writeFile("Products.LST", products));
+        fx->exec("INSERT INTO members (CID, LN, FN) VALUES ('M-0001', 'Dela Cruz', '  Juan '), "
+                 "('M-0002', 'PEÑA', 'JOSÉ')");
         QSignalSpy dialog(&console().terminalMessages(), &TerminalMessages::logOnDialogRequested);
         console().timeLimits().setLimitOfPc(5, "30"); // the board's choice, which a start drops
-        auto t = connectFrom();
+        auto t = probe().online(5, "127.0.0.1");
         QVERIFY(t);
-        QVERIFY(identify(*t, 5));
         const QStringList rows = ipRows();
 
         L got;
         for (const QByteArray& m : messages.split('\n'))
-            got += exchange(*t, m);
+            got += probe().exchange(*t, m);
         QCOMPARE(got.join('|'), replies);
         QStringList shown;
         for (const auto& s : fx->prompts.shown) {
@@ -154,21 +126,20 @@ private Q_SLOTS:
         if (messages.startsWith("TXT"))
             QVERIFY(console().messageLog().text().startsWith(QString::fromUtf8(messages) + '\r'));
         QCOMPARE(ipRows(), rows);
-        QVERIFY(record(5).online);
+        QVERIFY(fx->record(5).online);
         QVERIFY(!QFile::exists(fx->folder->file("TrmSnapShot.Bmp")));
 
-        QCOMPARE(console().terminals().loggedCount(), cid.isEmpty() ? 0 : 1);
-        QCOMPARE(
-            fx->scalar(
-                  "SELECT "
-                  "group_concat(CID||'|'||StartTime||'|'||aindex||'|'||pcstat||'|'||stopwatch) "
-                  "FROM templog WHERE isout = 0")
-                .toString(),
-            cid.isEmpty() ? QString() : cid + "|09:00:00|5|LOG|U");
-        if (!cid.isEmpty()) {
-            QCOMPARE(record(5).startTick, fx->clock.tickCount());
-            QCOMPARE(record(5).timeLimit, "U");
-        }
+        QCOMPARE(console().terminals().loggedCount(), session.isEmpty() ? 0 : 1);
+        QCOMPARE(fx->scalar("SELECT group_concat(CID || '|' || cdtls || '|' || StartTime || '|' || "
+                            "aindex || '|' || pcstat || '|' || stopwatch) "
+                            "FROM templog WHERE isout = 0")
+                     .toString(),
+                 session.isEmpty() ? QString() : session + "|09:00:00|5|LOG|U");
+        if (session.isEmpty())
+            return;
+        QCOMPARE(fx->record(5).cid + '|' + fx->record(5).customerLabel, session);
+        QCOMPARE(fx->record(5).startTick, fx->clock.tickCount());
+        QCOMPARE(fx->record(5).timeLimit, "U");
     }
 
     // Another program holds the port: start-up says so, naming the port, and the status
@@ -177,9 +148,7 @@ private Q_SLOTS:
         QTcpServer other;
         QVERIFY(other.listen(QHostAddress::AnyIPv4));
         ConsoleFixture f;
-        f.console = std::make_unique<Console>(f.clock, f.prompts, *f.folder);
-        f.console->openStorage();
-        const auto report = f.console->startUp(other.serverPort(), f.iniPath());
+        const auto report = f.open().startUp(other.serverPort(), f.iniPath());
         QCOMPARE(report.problems.size(), 1);
         QVERIFY2(
             report.problems.first().startsWith(
@@ -194,113 +163,133 @@ private Q_SLOTS:
 
     void ratesAreSentMasked() {
         console().rates().setValues(120, Money::fromUnits(72500), 45);
-        auto t = connectFrom();
+        auto t = probe().connect();
         QVERIFY(t);
         t->requestRates();
         QCOMPARE(t->takeMessage(), QByteArray("SRPH 120.:45.;7.25"));
     }
 
+    // A lost connection, closed or reset, keeps its registry row, off. A running session is
+    // paused with the banked time replaced by now - TickStart: 60000, not 5000 + 60000; a
+    // paused one keeps what it had, and nothing is logged. Back again, the terminal takes
+    // the next socket and is told when its session is paused.
     void connectionLoss_data() {
         QTest::addColumn<bool>("reset");
-        QTest::addColumn<bool>("running");
-        QTest::addColumn<qint32>("bkTick");
-        // A running session is paused with the banked time replaced by now - TickStart:
-        // 60000, not 5000 + 60000. A paused one keeps what it had, and nothing is logged.
-        QTest::newRow("running, closed") << false << true << 60000;
-        QTest::newRow("running, reset") << true << true << 60000;
-        QTest::newRow("paused, closed") << false << false << 5000;
-        QTest::newRow("paused, reset") << true << false << 5000;
+        QTest::addColumn<QString>("session"); // none, running, paused
+        QTest::addColumn<qint32>("banked");
+        row("no session, closed", false, "none", 0);
+        row("no session, reset", true, "none", 0);
+        row("running, closed", false, "running", 60000);
+        row("running, reset", true, "running", 60000);
+        row("paused, closed", false, "paused", 5000);
+        row("paused, reset", true, "paused", 5000);
     }
     void connectionLoss() {
         QFETCH(bool, reset);
-        QFETCH(bool, running);
-        QFETCH(qint32, bkTick);
-        auto t = connectFrom();
+        QFETCH(QString, session);
+        QFETCH(qint32, banked);
+        auto t = probe().connect();
         QVERIFY(t);
-        QVERIFY(identify(*t, 5));
-        t->logIn("ID-00001:DELA CRUZ, JUAN;5");
-        QVERIFY(!t->waitFor("Log Successful").isEmpty());
-        const TerminalRecord& r = record(5);
-        {
+        QVERIFY(console().messageLog().contains("RQST CONN : 127.0.0.1\r"));
+        QVERIFY(probe().identify(*t, 5));
+        QCOMPARE(ipRows(), QStringList{"127.0.0.1|5|2|on"});
+        if (session != "none") {
+            QVERIFY(probe().logIn(*t, 5, "ID-00001:DELA CRUZ, JUAN"));
             auto edit = console().terminals().edit(5);
             edit->bankedMs = 5000; // banked by an earlier pause
-            if (!running)
+            if (session == "paused")
                 edit->state = TerminalState::Paused;
             QVERIFY(console().sessionLog().updateSessionRow(*edit));
         }
         fx->clock.advance(60000);
 
         reset ? t->abort() : t->disconnectFromConsole();
-        QTRY_VERIFY(!r.online);
+        QTRY_VERIFY(!fx->record(5).online);
         QCOMPARE(ipRows(), QStringList{"127.0.0.1|5|2|off"});
-        QVERIFY(r.logged);
-        QCOMPARE(r.bankedMs, bkTick);
+        QCOMPARE(console().control().socketOfPc(5), -1);
+        QCOMPARE(fx->record(5).logged, session != "none");
+        QCOMPARE(fx->record(5).bankedMs, banked);
         QCOMPARE(fx->scalar("SELECT BkTick || '|' || pcstat FROM templog").toString(),
-                 QString::number(bkTick) + "|PAU");
+                 session == "none" ? QString() : QString::number(banked) + "|PAU");
         QCOMPARE(console().messageLog().contains("CONN ERR: 127.0.0.1 Socket Force closed\r"),
-                 running);
-        // Back again, the terminal is told its session is paused.
-        auto back = connectFrom();
+                 session == "running");
+
+        auto back = probe().connect();
         QVERIFY(back);
-        QVERIFY(identify(*back, 5));
-        QCOMPARE(drain(*back), L{"PAUS"});
+        QVERIFY(probe().identify(*back, 5));
+        QCOMPARE(ipRows(), QStringList{"127.0.0.1|5|3|on"});
+        QCOMPARE(TerminalProbe::drain(*back), session == "none" ? L{} : L{"PAUS"});
     }
 
-    void snapshotArrivesWhole() {
+    // A snapshot is taken only when asked for, only from the connection that began it, and
+    // never larger than a bound: past it, it is dropped with its file. Pieces get no answer.
+    void snapshot_data() {
+        QTest::addColumn<bool>("asked");
+        QTest::addColumn<bool>("otherSends");
+        QTest::addColumn<qint64>("bound");
+        QTest::addColumn<bool>("kept");
+        row("asked", true, false, qint64(1 << 20), true);
+        row("not asked", false, false, qint64(1 << 20), false);
+        row("another PC sends between the pieces", true, true, qint64(1 << 20), true);
+        row("larger than the bound", true, false, qint64(10000), false);
+    }
+    void snapshot() {
+        QFETCH(bool, asked);
+        QFETCH(bool, otherSends);
+        QFETCH(qint64, bound);
+        QFETCH(bool, kept);
         QImage image(100, 60, QImage::Format_RGB32);
         for (qsizetype i = 0; i < image.sizeInBytes(); ++i)
             image.bits()[i] = uchar(i * 7 + i / 251);
-        const L sent = HostActions::snapshotPieces(HostActions::encodeBitmap(image));
-        QCOMPARE(sent.size(), 3);
-        auto t = connectFrom();
+        const L pieces = HostActions::snapshotPieces(HostActions::encodeBitmap(image));
+        QCOMPARE(pieces.size(), 3);
+        auto t = probe().online(3), other = probe().online(4);
         QVERIFY(t);
+        QVERIFY(other);
         t->setAutoAnswer(false); // the pieces below are sent by hand
-        QVERIFY(identify(*t, 3));
-        t->logIn("ID-00003:REYES, ANA;3");
-        QVERIFY(!t->waitFor("Log Successful").isEmpty());
-        QVERIFY(console().snapshots().request(3));
-        QVERIFY(!t->waitFor("SNPS").isEmpty());
+        QVERIFY(probe().logIn(*t, 3, "ID-00003:REYES, ANA"));
+        console().snapshots().setMostBytes(bound);
         QSignalSpy texts(&console().snapshots(), &SnapshotReceiver::progress);
         QSignalSpy done(&console().snapshots(), &SnapshotReceiver::received);
+        if (asked) {
+            QVERIFY(console().snapshots().request(3));
+            QVERIFY(!t->waitFor("SNPS").isEmpty());
+        }
+        L replies;
+        for (const QByteArray& piece : pieces) {
+            replies += probe().exchange(*t, piece);
+            if (otherSends)
+                probe().exchange(*other, "not a piece of PC 3");
+        }
+        QCOMPARE(replies, L{});
         const QString path = fx->folder->file("TrmSnapShot.Bmp");
-        // One piece at a time, each once the console has taken the one before.
-        t->sendRaw(sent[0]);
-        QTRY_VERIFY(QFile::exists(path));
-        t->sendRaw(sent[1]);
-        QTRY_COMPARE(texts.count(), 1);
-        t->sendRaw(sent[2]);
-        QTRY_COMPARE(done.count(), 1);
+        QCOMPARE(QFile::exists(path), kept);
+        QCOMPARE(console().messageLog().contains("more than any screen"), bound < 20000);
+        QCOMPARE(done.size(), kept ? 1 : 0);
+        if (!kept)
+            return;
         QStringList shown;
         for (const auto& args : texts)
             shown << args.at(0).toString();
         QCOMPARE(shown, (QStringList{"Receiving bytes... 16384 Bytes",
                                      "Receiving bytes... 24576 Bytes", "Done.!"}));
         QCOMPARE(done.at(0).at(0).toString(), path);
-        QCOMPARE(done.at(0).at(1).toString(), "ID-00003:REYES, ANA from IP : 127.0.0.1");
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), sent.join());
-        // Finished: the next message is handled as a message again.
-        t->clearInbox();
-        QCOMPARE(drain(*t), L{});
+        QCOMPARE(done.at(0).at(1).toString(), "ID-00003:REYES, ANA from IP : 127.0.0.3");
+        QCOMPARE(readFile(path), pieces.join());
     }
 
     // A console that has run long enough to hand out 32,767 sockets still accepts.
     void socketCounterNeverRefuses() {
-        auto t = connectFrom();
+        auto t = probe().online(3);
         QVERIFY(t);
-        QVERIFY(identify(*t, 3));
-        server().setSocketCounter(32766);
-        for (const char* address : {"127.0.0.5", "127.0.0.6"}) {
-            auto late = connectFrom(address); // its "ACPT" taken
-            QVERIFY(late);
-            QVERIFY(identify(*late, address[8] - '0'));
-        }
-        QCOMPARE(server().socketCounter(), 32768);
+        console().server().setSocketCounter(32766);
+        for (int pc : {5, 6})
+            QVERIFY(probe().online(pc));
+        QCOMPARE(console().server().socketCounter(), 32768);
         QCOMPARE(fx->scalar("SELECT SKIndex FROM SrvIPTable WHERE PCno = 6").toInt(), 32768);
         // The terminal served before goes on both ways.
         QVERIFY(console().control().sendToPc(3, Msg::text("still here")));
-        QCOMPARE(drain(*t), L{"TEXT still here"});
+        QCOMPARE(TerminalProbe::drain(*t), L{"TEXT still here"});
     }
 };
 

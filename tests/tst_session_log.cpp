@@ -3,6 +3,7 @@
 #include "server/session_log.h"
 #include "server/terminal_table.h"
 #include "support/console_fixture.h"
+#include "support/files.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -12,11 +13,6 @@
 namespace {
 
 const QDate Today(2026, 11, 15);
-
-// One table row a line; arguments decay so string literals land in QString columns.
-template <typename... T> void row(const char* name, T... values) {
-    (QTest::newRow(name) << ... << values);
-}
 
 // pc|cid|start|logged|cdtls|TickStart|BkTick|pcstat|stopwatch|auxflag|TrmIP|online
 QString text(const TerminalRecord& r) {
@@ -38,14 +34,6 @@ TerminalRecord session(const QString& cid, const QString& start, int pc = 3, qin
     r.customerLabel = cid + QStringLiteral(":Reyes, Ana");
     r.startTick = 1000000;
     r.timeLimit = limit;
-    r.setStateCode(QString::fromLatin1(stat));
-    r.bankedMs = bank;
-    return r;
-}
-
-TerminalRecord clockOnly(qint32 tickStart, const char* stat, qint32 bank = 0) {
-    TerminalRecord r;
-    r.startTick = tickStart;
     r.setStateCode(QString::fromLatin1(stat));
     r.bankedMs = bank;
     return r;
@@ -106,16 +94,16 @@ private Q_SLOTS:
 
     void runningTime() {
         constexpr qint32 max = std::numeric_limits<qint32>::max();
+        const auto time = [](qint32 start, TerminalState state, qint32 bank, qint32 now) {
+            return TerminalRecord{.startTick = start, .state = state, .bankedMs = bank}.runningTime(
+                now);
+        };
+        using enum TerminalState;
         // Banked time plus the counter's advance while running; the bank alone otherwise.
-        const TerminalRecord running = clockOnly(-2000000, "LOG", 5000);
-        QCOMPARE(running.runningTime(-1000000), 1005000);
-        const TerminalRecord billing = clockOnly(1000000, "BIL", 70000);
-        QCOMPARE(billing.runningTime(9000000), 70000);
-        const TerminalRecord full = clockOnly(0, "LOG", max - 10);
-        QVERIFY_THROWS_EXCEPTION(TickOverflow, full.runningTime(100));
-        const TerminalRecord wrapped = clockOnly(max - 100, "LOG");
-        QVERIFY_THROWS_EXCEPTION(TickOverflow,
-                                 wrapped.runningTime(std::numeric_limits<qint32>::min() + 100));
+        QCOMPARE(time(-2000000, Running, 5000, -1000000), 1005000);
+        QCOMPARE(time(1000000, Billing, 70000, 9000000), 70000);
+        QVERIFY_THROWS_EXCEPTION(TickOverflow, time(0, Running, max - 10, 100));
+        QVERIFY_THROWS_EXCEPTION(TickOverflow, time(max - 100, Running, 0, -max + 100));
     }
 
     void insertAndMarkOut() {
@@ -162,7 +150,6 @@ private Q_SLOTS:
         LogFixture x;
         const QString id = QStringLiteral("ID-00001"), at = QStringLiteral("09:00:00");
         const qint64 tested = x.insert(id, at, 3, Today.addDays(rowDay), rowIsout);
-        // Rows that never match: yesterday's, a closed one, another start.
         // Rows that never match: yesterday's, a closed one, another start, another PC.
         const qint64 a = x.insert(id, at, 3, Today.addDays(-1)), b = x.insert(id, at, 3, Today, -1),
                      c = x.insert(id, QStringLiteral("10:00:00"), 4, Today),
@@ -183,9 +170,8 @@ private Q_SLOTS:
     void restoreAtStartUp() {
         QFETCH(bool, rows);
         LogFixture x;
-        x.f.writeSettings("10=NOFPC\n");
-        x.f.console = std::make_unique<Console>(x.f.clock, x.f.prompts, *x.f.folder);
-        x.f.console->openStorage();
+        x.f.writeFile("TarvoQRB.INI", "10=NOFPC\n");
+        x.f.open();
         if (rows) {
             x.insert("ID-00001", "08:00:00", 2, Today, 0, {1000000, 30000, "PAU", "45"});
             x.insert("TRM-4", "08:10:00", 4, Today, 0,

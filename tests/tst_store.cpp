@@ -1,4 +1,6 @@
-// Storage and the files beside it: database, settings, report source, products, rates.
+// Storage and the files beside it: the kept database connection (what another program
+// sees between two operations, files changed under the console, sessions inside sessions,
+// transactions), the schema, settings, report source, products and rates.
 #include "billing/rates.h"
 #include "store/database.h"
 #include "store/printer_choice.h"
@@ -6,47 +8,41 @@
 #include "store/report_source.h"
 #include "store/settings_file.h"
 #include "support/console_fixture.h"
+#include "support/files.h"
 #include "support/scratch_disk.h"
 
 #include <QDir>
-#include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QSqlRecord>
 #include <QTest>
+
+#include <cstdio>
+#include <tuple>
+#include <vector>
 
 Q_DECLARE_METATYPE(PrinterChoice)
 Q_DECLARE_METATYPE(PrintTarget)
 
 namespace {
 
-// One table row a line; arguments decay so string literals land in QString columns.
-template <typename... T> void row(const char* name, T... values) {
-    (QTest::newRow(name) << ... << values);
+bool otherProgramCanLock(const QString& path) {
+    return sqliteTool(path, QStringLiteral("BEGIN EXCLUSIVE; ROLLBACK;")).has_value();
 }
 
-QByteArray readAll(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+// Replaces a file as a copy tool does: the new one takes the old one's name at once.
+int renameOver(const QString& from, const QString& to) {
+    return std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData());
 }
 
-void writeFile(const QString& path, const QByteArray& bytes) {
-    QFile f(path);
-    QVERIFY(f.open(QIODevice::WriteOnly));
-    QCOMPARE(f.write(bytes), bytes.size());
+QStringList firstColumn(QSqlQuery& q) {
+    QStringList out;
+    while (q.next())
+        out << q.value(0).toString();
+    return out;
 }
 
-// Runs SQL through the sqlite3 command-line tool, as another program would make a file.
-bool runSqliteTool(const QString& path, const QString& sql) {
-    QProcess p;
-    p.start(QStringLiteral("sqlite3"), {QStringLiteral("-bail"), path});
-    p.write(sql.toUtf8());
-    p.closeWriteChannel();
-    if (p.waitForFinished() && p.exitStatus() == QProcess::NormalExit && p.exitCode() == 0)
-        return true;
-    qWarning("sqlite3: %s", p.readAllStandardError().constData());
-    return false;
-}
+const QString Insert = QStringLiteral("INSERT INTO SrvIPTable (TrmIP, PCno) VALUES (?, ?)");
+const QString ByPc = QStringLiteral("SELECT TrmIP FROM SrvIPTable WHERE PCno <= ? ORDER BY rowid");
 
 // The tables as plainly declared by someone building the file by hand: no collations, the
 // types of the original database.
@@ -67,12 +63,27 @@ QString toolSchemaWithout(const QString& column) {
     return QString(ToolSchema).remove(QRegularExpression(", " + column + " \\w+"));
 }
 
-// A database file in a fresh folder, not yet prepared.
+// A database in a folder of its own, prepared with these registry addresses unless told
+// not to be prepared.
 struct Store {
     QTemporaryDir dir;
     AppFolder folder{dir.path()};
     Database db{folder};
 
+    explicit Store(const QStringList& addresses = {}, bool prepared = true) {
+        if (!prepared)
+            return;
+        db.prepare();
+        DbSession s(db);
+        for (int i = 0; i < addresses.size(); ++i)
+            s.run(Insert, {addresses[i], i + 1});
+    }
+    // The registry's addresses, as the console reads them.
+    QStringList addresses() {
+        DbSession s(db);
+        auto q = s.run(QStringLiteral("SELECT TrmIP FROM SrvIPTable ORDER BY rowid"));
+        return firstColumn(q);
+    }
     // Runs a statement; the first row of its result, values joined by '|'.
     QString query(const QString& sql, const QVariantList& values = {}) {
         DbSession s(db);
@@ -90,9 +101,253 @@ struct Store {
 class StoreTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    // However an operation used its statements, once it ends another program can lock the
+    // file and even replace it, and the next operation reads the file as it is now; a
+    // missing one is reported until it is back.
+    void fileFreeAndReadAfreshBetweenOperations_data() {
+        QTest::addColumn<QString>("use");       // how the operation before used its statements
+        QTest::addColumn<bool>("lockedDuring"); // the file is locked before that session ends
+        QTest::addColumn<QString>("change");    // how the file then changes under the console
+        row("rows read to the end", "all", false, "rename");
+        row("stopped before the last row", "first", true, "rename");
+        row("run, not read", "none", true, "rename");
+        row("write", "write", false, "rename");
+        row("stopped in an inner session", "inner", true, "rename");
+        row("rewritten in place", "all", false, "rewrite");
+        row("deleted and copied back", "all", false, "copy");
+        row("missing for a while", "all", false, "missing");
+    }
+    void fileFreeAndReadAfreshBetweenOperations() {
+        QFETCH(QString, use);
+        QFETCH(bool, lockedDuring);
+        QFETCH(QString, change);
+        // Made alike, so that only a row differs: same size, page count and change counter.
+        Store st({"10.0.0.1", "10.0.0.2", "10.0.0.3"}), other({"10.9.9.9", "10.0.0.2", "10.0.0.3"});
+        const QString path = st.db.path();
+        QFile file(path); // an hour back, so that a rewrite cannot fall in the same clock tick
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(-3600),
+                                 QFileDevice::FileModificationTime));
+        file.close();
+        {
+            DbSession s(st.db);
+            if (use == "all") {
+                auto q = s.run(ByPc, {9});
+                QCOMPARE(firstColumn(q), (QStringList{"10.0.0.1", "10.0.0.2", "10.0.0.3"}));
+            } else if (use == "first" || use == "inner") {
+                std::optional<DbSession> inner;
+                auto q = use == "inner" ? inner.emplace(st.db).run(ByPc, {9}) : s.run(ByPc, {9});
+                QVERIFY(q.next());
+            } else if (use == "none") {
+                s.run(ByPc, {9});
+            } else {
+                s.run(QStringLiteral("UPDATE SrvIPTable SET Status = ?"), {yesNo(true)});
+            }
+            QCOMPARE(!otherProgramCanLock(path), lockedDuring);
+        }
+        QVERIFY(otherProgramCanLock(path));
+
+        if (change == "rename") {
+            QCOMPARE(renameOver(other.db.path(), path), 0);
+        } else if (change == "rewrite") {
+            QVERIFY(writeFile(path, readFile(other.db.path())));
+        } else {
+            QVERIFY(QFile::remove(path));
+            if (change == "missing") {
+                try {
+                    DbSession s(st.db);
+                    QFAIL("opened a missing file");
+                } catch (const StoreError& e) {
+                    QCOMPARE(e.text(), "The database file " + path + " is missing.");
+                }
+                QVERIFY(!QFile::exists(path)); // and not made again by looking for it
+            }
+            QVERIFY(QFile::copy(other.db.path(), path));
+        }
+        QCOMPARE(st.addresses(), (QStringList{"10.9.9.9", "10.0.0.2", "10.0.0.3"}));
+        QVERIFY(otherProgramCanLock(path));
+    }
+
+    // A second run of the same statement, in the same session or in one inside it, never
+    // takes the rows from a query still being read.
+    void sameStatementWhileReading_data() {
+        QTest::addColumn<int>("depth"); // sessions between the reader and the second run
+        row("same session", 0);
+        row("inner session", 1);
+        row("inner session of an inner one", 2);
+    }
+    void sameStatementWhileReading() {
+        QFETCH(int, depth);
+        Store st({"10.0.0.1", "10.0.0.2", "10.0.0.3"});
+        QStringList outer, second;
+        {
+            DbSession s(st.db);
+            auto q = s.run(ByPc, {3});
+            QVERIFY(q.next());
+            outer << q.value(0).toString();
+            {
+                std::vector<std::unique_ptr<DbSession>> inner;
+                for (int i = 0; i < depth; ++i)
+                    inner.push_back(std::make_unique<DbSession>(st.db));
+                DbSession& at = inner.empty() ? s : *inner.back();
+                auto again = at.run(ByPc, {2});
+                second = firstColumn(again);
+                // A handler that read a row and then writes elsewhere.
+                at.run(QStringLiteral("INSERT INTO templog (CID, aindex) VALUES (?, ?)"),
+                       {"ID-00001", 2});
+                while (!inner.empty())
+                    inner.pop_back(); // innermost first
+            }
+            outer << firstColumn(q);
+        }
+        QCOMPARE(outer, (QStringList{"10.0.0.1", "10.0.0.2", "10.0.0.3"}));
+        QCOMPARE(second, (QStringList{"10.0.0.1", "10.0.0.2"}));
+        QCOMPARE(sqliteTool(st.db.path(), "SELECT count(*) FROM templog"), "1");
+        QVERIFY(otherProgramCanLock(st.db.path()));
+    }
+
+    // Writes in a transaction are kept only when it commits; a savepoint inside it only when
+    // both commit.
+    void transactions_data() {
+        QTest::addColumn<QString>("outer"); // commit, end (session ends), throw, raw (db())
+        QTest::addColumn<QString>("inner"); // none, commit, end
+        QTest::addColumn<QStringList>("kept");
+        row("committed", "commit", "none", QStringList{"a", "c"});
+        row("session ended first", "end", "none", QStringList{});
+        row("left by an exception", "throw", "none", QStringList{});
+        row("begun on the connection", "raw", "none", QStringList{});
+        row("both committed", "commit", "commit", QStringList{"a", "b", "c"});
+        row("inner only committed", "end", "commit", QStringList{});
+        row("outer only committed", "commit", "end", QStringList{"a", "c"});
+    }
+    void transactions() {
+        QFETCH(QString, outer);
+        QFETCH(QString, inner);
+        QFETCH(QStringList, kept);
+        Store st;
+        try {
+            DbSession s(st.db);
+            if (outer == "raw")
+                QVERIFY(s.db().transaction());
+            else
+                s.begin();
+            s.run(Insert, {"a", 1});
+            if (inner != "none") {
+                DbSession in(st.db);
+                in.begin();
+                in.run(Insert, {"b", 2});
+                if (inner == "commit")
+                    in.commit();
+            }
+            s.run(Insert, {"c", 3});
+            // Not yet written for another program.
+            QCOMPARE(sqliteTool(st.db.path(), "SELECT count(*) FROM SrvIPTable"), "0");
+            if (outer == "throw")
+                throw StoreError("stop");
+            if (outer == "commit")
+                s.commit();
+        } catch (const StoreError& e) {
+            QCOMPARE(e.text(), "stop");
+        }
+        QCOMPARE(sqliteTool(st.db.path(), "SELECT group_concat(TrmIP, ' ') FROM SrvIPTable")
+                     ->split(' ', Qt::SkipEmptyParts),
+                 kept);
+        QCOMPARE(st.addresses(), kept);
+        QVERIFY(otherProgramCanLock(st.db.path()));
+    }
+
+    // A failed statement is reported, and the same statement run rightly afterwards works:
+    // values left bound from an earlier run never stand in for missing ones. The file is
+    // free once the operation ends.
+    void failedStatement_data() {
+        QTest::addColumn<QString>("sql");
+        QTest::addColumn<QVariantList>("values");
+        row("a value missing", ByPc, QVariantList{});
+        row("a value too many", ByPc, QVariantList{1, 2});
+        row("unknown column", "SELECT TrmIP FROM SrvIPTable WHERE nothing = ?", QVariantList{1});
+    }
+    void failedStatement() {
+        QFETCH(QString, sql);
+        QFETCH(QVariantList, values);
+        Store st({"10.0.0.1", "10.0.0.2"});
+        for (int pass = 0; pass < 2; ++pass) {
+            DbSession s(st.db);
+            auto q = s.run(ByPc, {1});
+            QCOMPARE(firstColumn(q), QStringList{"10.0.0.1"});
+            QVERIFY_THROWS_EXCEPTION(StoreError, s.run(sql, values));
+            q = s.run(ByPc, {2});
+            QCOMPARE(firstColumn(q), (QStringList{"10.0.0.1", "10.0.0.2"}));
+        }
+        QVERIFY(otherProgramCanLock(st.db.path()));
+    }
+
+    // The file alone holds everything after each operation: a rollback journal that is gone
+    // when the write is done, full syncs, and a file in WAL mode turned back to rollback.
+    void fileAloneIsWhole_data() {
+        QTest::addColumn<bool>("wal"); // made by the sqlite3 tool in WAL mode
+        row("made by the console", false);
+        row("made in WAL mode", true);
+    }
+    void fileAloneIsWhole() {
+        QFETCH(bool, wal);
+        Store st({}, false);
+        if (wal)
+            QVERIFY(sqliteTool(st.db.path(), "PRAGMA journal_mode = WAL; CREATE TABLE rates "
+                                             "(RPH NUMBER, mina NUMBER, mint NUMBER);"));
+        st.db.prepare();
+        st.query(Insert, {"10.0.0.1", 1});
+        QCOMPARE(st.query("PRAGMA journal_mode"), "delete");
+        QCOMPARE(st.query("PRAGMA synchronous"), "2"); // FULL
+        QCOMPARE(QDir(st.dir.path()).entryList(QDir::Files), QStringList{Database::FileName});
+        QCOMPARE(readFile(st.db.path()).mid(18, 2), QByteArray("\x01\x01")); // rollback journal
+    }
+
+    // A sum over a range of dates, of one type in any letter case or of all, reads an index
+    // alone: in a new file, and in one prepared with the earlier revenue indexes.
+    void revenueSumFromIndex_data() {
+        QTest::addColumn<bool>("earlier");
+        row("new file", false);
+        row("earlier indexes", true);
+    }
+    void revenueSumFromIndex() {
+        QFETCH(bool, earlier);
+        Store st;
+        if (earlier) {
+            QVERIFY(sqliteTool(st.db.path(),
+                               "DROP INDEX tarvo_revenue_sum; DROP INDEX tarvo_revenue_type_sum; "
+                               "CREATE INDEX tarvo_revenue_day ON TmpRvnD (Rdate, rtype COLLATE "
+                               "NOCASE); CREATE INDEX tarvo_revenue_type ON TmpRvnD (rtype COLLATE "
+                               "NOCASE, Rdate);"));
+            st.db.prepare();
+        }
+        QCOMPARE(sqliteTool(st.db.path(), "SELECT name FROM sqlite_master WHERE name LIKE "
+                                          "'tarvo_revenue%' ORDER BY name"),
+                 "tarvo_revenue_sum\ntarvo_revenue_type_sum");
+
+        const QDate first(2026, 3, 1), last(2026, 3, 30);
+        for (const auto& [day, kind, amount] :
+             {std::tuple{first.addDays(-1), "GAMES_RENTALS", 1000},
+              {first, "GAMES_RENTALS", 10},
+              {first.addDays(14), "games_rentals", 20},
+              {last, "SERVICE", 5},
+              {last.addDays(1), "GAMES_RENTALS", 2000}})
+            st.query("INSERT INTO TmpRvnD (Rdate, rtype, Amount) VALUES (?, ?, ?)",
+                     {day, kind, amount});
+        const QString sum = "SELECT sum(Amount) FROM TmpRvnD WHERE Rdate >= ? AND Rdate <= ?";
+        for (const auto& [sql, type, expected] :
+             {std::tuple{sum + " AND rtype = ? COLLATE NOCASE", "Games_Rentals", "30"},
+              {sum, "", "35"}}) {
+            QVariantList values{first, last};
+            if (*type)
+                values << type;
+            const QString plan = st.query("EXPLAIN QUERY PLAN " + sql, values);
+            QVERIFY2(plan.contains("COVERING INDEX"), qPrintable(plan));
+            QCOMPARE(st.query(sql, values), expected);
+        }
+    }
+
     void newFileAndPreparedAgain() {
         Store s;
-        s.db.prepare();
         // Every table with every column the console reads and writes (a missing one throws).
         static const QRegularExpression table(R"(CREATE TABLE (\w+) \((.*)\);)");
         for (const auto& m : table.globalMatch(ToolSchema))
@@ -128,10 +383,8 @@ private Q_SLOTS:
             "INSERT INTO members (CID, LN, FN) VALUES ('ID-00001', 'Dela Cruz', 'Juan');\n"
             "INSERT INTO Services VALUES ('scan', 10), ('Burn CD', 40), ('print', 5), ('Xerox', 2);"
             "INSERT INTO Templog VALUES ('ID-00002', '08:30:00', 3, 0, 'ID-00002:Reyes, Ana',"
-            " '2026-11-15', '1000000', '60000', 'PAU', '30');\n"
-            "INSERT INTO Templog VALUES ('ID-00003', '23:10:00', 5, 0, 'ID-00003:Cruz, Ben',"
-            " '2026-11-14', '900000', '0', 'LOG', 'U');\n");
-        QVERIFY(runSqliteTool(Database(*f.folder).path(), ToolSchema + rows));
+            " '2026-11-15', '1000000', '60000', 'PAU', '30');\n");
+        QVERIFY(sqliteTool(Database(*f.folder).path(), ToolSchema + rows));
 
         Console& console = f.start();
         TerminalRecord r = console.terminals().at(3);
@@ -139,7 +392,6 @@ private Q_SLOTS:
             QStringList({QString::number(r.logged), r.cid, r.stateCode(),
                          QString::number(r.startTick), QString::number(r.bankedMs), r.timeLimit}),
             QStringList({"1", "ID-00002", "PAU", "1000000", "60000", "30"}));
-        QVERIFY(!console.terminals().at(5).logged); // yesterday's
         QCOMPARE(console.rates().ratePerHour(), 25.0);
         QCOMPARE(console.rates().minimumAmount(), Money::fromDouble(12.5));
         QCOMPARE(console.rates().minimumMinutes(), 45);
@@ -158,39 +410,52 @@ private Q_SLOTS:
     }
 
     // A damaged file, another program's, or ours missing a column is refused, now and at the
-    // next start, and left untouched; a missing column is named with its table.
+    // next start, and left untouched; the refusal names the file and what is wrong with it.
     void foreignFileRefusedUntouched_data() {
-        QTest::addColumn<QByteArray>("bytes"); // written as the file, or else:
-        QTest::addColumn<QString>("sql");      // run through the sqlite3 tool
-        QTest::addColumn<QString>("named");    // words the refusal must hold
+        QTest::addColumn<QString>("sql");      // run through the sqlite3 tool, and then
+        QTest::addColumn<QByteArray>("bytes"); // written over the middle of the file
+        QTest::addColumn<QString>("named");    // what the refusal says, '|' between
         const QByteArray junk = QByteArray("SQLite format 3\0", 16) + QByteArray(4080, 'Z');
-        row("sqlite header then junk", junk, QString(), "");
-        row("text file", QByteArray("24=NOFPC\r\n1=PAGE\r\n"), QString(), "");
-        row("another program's", QByteArray(), "CREATE TABLE photos (id, path);", "");
-        row("no templog stopwatch", QByteArray(), toolSchemaWithout("stopwatch"),
-            "Templog stopwatch");
-        row("no registry socket", QByteArray(), toolSchemaWithout("SKIndex"), "SrvIPTable SKIndex");
-        row("no users keys", QByteArray(), toolSchemaWithout("keys"), "sysusers keys");
+        row("sqlite header then junk", QString(), junk, "");
+        row("text file", QString(), QByteArray("24=NOFPC\r\n1=PAGE\r\n"), "");
+        row("another program's", "CREATE TABLE photos (id, path);", QByteArray(), "");
+        row("another program's, in WAL mode",
+            "PRAGMA journal_mode = WAL; CREATE TABLE photos (id, path); "
+            "INSERT INTO photos VALUES (1, 'a.jpg');",
+            QByteArray(), "");
+        row("no templog stopwatch", toolSchemaWithout("stopwatch"), QByteArray(),
+            "Templog|stopwatch");
+        row("no registry socket", toolSchemaWithout("SKIndex"), QByteArray(), "SrvIPTable|SKIndex");
+        row("no users keys", toolSchemaWithout("keys"), QByteArray(), "sysusers|keys");
+        row("damaged in its middle",
+            ToolSchema + "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE "
+                         "i < 3000) INSERT INTO TmpRvnD (Rdate, rtype, Amount, CID) SELECT "
+                         "'2026-11-01', 'SERVICE', i, printf('%040d', i) FROM n;",
+            QByteArray(4096, 'Z'), "is damaged|Restore the last backup");
     }
     void foreignFileRefusedUntouched() {
-        QFETCH(QByteArray, bytes);
         QFETCH(QString, sql);
+        QFETCH(QByteArray, bytes);
         QFETCH(QString, named);
-        Store s;
-        if (sql.isEmpty())
-            writeFile(s.db.path(), bytes);
-        else
-            QVERIFY(runSqliteTool(s.db.path(), sql));
-        const QByteArray before = readAll(s.db.path());
+        Store s({}, false);
+        if (!sql.isEmpty())
+            QVERIFY(sqliteTool(s.db.path(), sql));
+        QFile file(s.db.path());
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.seek(file.size() / 2));
+        QCOMPARE(file.write(bytes), bytes.size());
+        file.close();
+        const QByteArray before = readFile(s.db.path());
+        const QStringList words = named.split('|', Qt::SkipEmptyParts) << Database::FileName;
         for (int start = 0; start < 2; ++start) {
             try {
                 s.db.prepare();
                 QFAIL("accepted");
             } catch (const StoreError& e) {
-                for (const QString& word : named.split(' ', Qt::SkipEmptyParts))
+                for (const QString& word : words)
                     QVERIFY2(e.text().contains(word, Qt::CaseInsensitive), qPrintable(e.text()));
             }
-            QCOMPARE(readAll(s.db.path()), before);
+            QCOMPARE(readFile(s.db.path()), before);
         }
         QCOMPARE(QDir(s.dir.path()).entryList(QDir::Files), QStringList{Database::FileName});
     }
@@ -211,21 +476,21 @@ private Q_SLOTS:
     void settingsNofpc() {
         QFETCH(QByteArray, content);
         QFETCH(int, expected);
-        Store s;
+        Store s({}, false);
         const QString path = s.folder.file("TarvoQRB.INI");
         if (!content.isNull())
-            writeFile(path, content);
+            QVERIFY(writeFile(path, content));
         if (expected < 0)
             QVERIFY_THROWS_EXCEPTION(SettingsError, SettingsFile::loadNofpc(s.folder));
         else
             QCOMPARE(SettingsFile::loadNofpc(s.folder), expected);
         if (content.isNull()) {
             QCOMPARE(
-                QString::fromLatin1(readAll(path)).remove('\r').split('\n', Qt::SkipEmptyParts),
+                QString::fromLatin1(readFile(path)).remove('\r').split('\n', Qt::SkipEmptyParts),
                 (QStringList{"24=NOFPC", "1=PAGE", "Please don't Modify...."}));
             QCOMPARE(SettingsFile::loadNofpc(s.folder), 24); // the file it made reads back the same
         } else {
-            QCOMPARE(readAll(path), content); // an existing file is only read
+            QCOMPARE(readFile(path), content); // an existing file is only read
         }
     }
 
@@ -262,7 +527,7 @@ private Q_SLOTS:
         QFETCH(QString, value);
         QFETCH(QByteArray, after);
         QFETCH(QString, readBefore);
-        Store s;
+        Store s({}, false); // no database: only the settings file is in the folder
         const QString path = s.folder.file("TarvoQRB.INI");
         if (!before.isNull())
             writeFile(path, before);
@@ -271,11 +536,11 @@ private Q_SLOTS:
         if (after.isNull()) {
             QVERIFY_THROWS_EXCEPTION(SettingsError,
                                      SettingsFile::writeValues(s.folder, {{key, value}}));
-            QCOMPARE(readAll(path), before);
+            QCOMPARE(readFile(path), before);
             return;
         }
         SettingsFile::writeValues(s.folder, {{key, value}});
-        QCOMPARE(readAll(path), after);
+        QCOMPARE(readFile(path), after);
         QCOMPARE(SettingsFile::readValue(s.folder, key).value_or(QString()), value);
         QCOMPARE(QDir(s.dir.path()).entryList(QDir::Files), QStringList{"TarvoQRB.INI"});
     }
@@ -293,7 +558,7 @@ private Q_SLOTS:
             SettingsError,
             SettingsFile::writeValues(folder, {{"PDFFOLDER", QString(8192, QLatin1Char('x'))}}));
         disk.free();
-        QCOMPARE(readAll(folder.file("TarvoQRB.INI")), before);
+        QCOMPARE(readFile(folder.file("TarvoQRB.INI")), before);
         QCOMPARE(QDir(disk.path()).entryList(QDir::Files), QStringList{"TarvoQRB.INI"});
     }
 
@@ -309,17 +574,17 @@ private Q_SLOTS:
         PrinterChoice laser{PrinterChoice::Kind::Printer, "Counter Laser", "Receipts",
                             QSizeF(80, 200)};
         laser.save(s.folder);
-        QCOMPARE(readAll(path), "16=NOFPC\r\n1=PAGE\r\nPlease don't Modify....\r\n"
-                                "PRINTER=PRINTTO\r\nCounter Laser=PRINTER\r\n"
-                                "Receipts=PDFFOLDER\r\n80x200=PAPER\r\n");
+        QCOMPARE(readFile(path), "16=NOFPC\r\n1=PAGE\r\nPlease don't Modify....\r\n"
+                                 "PRINTER=PRINTTO\r\nCounter Laser=PRINTER\r\n"
+                                 "Receipts=PDFFOLDER\r\n80x200=PAPER\r\n");
         QCOMPARE(PrinterChoice::load(s.folder), laser);
         QCOMPARE(laser.pdfFolderIn(s.folder), s.dir.filePath("Receipts"));
         QCOMPARE(SettingsFile::loadNofpc(s.folder), 16);
 
         const PrinterChoice pdf{PrinterChoice::Kind::Pdf, "Counter Laser", {}, {}};
         pdf.save(s.folder);
-        QCOMPARE(readAll(path), "16=NOFPC\r\n1=PAGE\r\nPlease don't Modify....\r\n"
-                                "PDF=PRINTTO\r\nCounter Laser=PRINTER\r\n");
+        QCOMPARE(readFile(path), "16=NOFPC\r\n1=PAGE\r\nPlease don't Modify....\r\n"
+                                 "PDF=PRINTTO\r\nCounter Laser=PRINTER\r\n");
         QCOMPARE(PrinterChoice::load(s.folder), pdf);
 
         // Values a person typed wrongly read as not chosen.
@@ -397,11 +662,11 @@ private Q_SLOTS:
         // The data source definition: ours written whole, once, every start; others kept.
         const QString ini = dir.filePath("odbc.ini");
         const QByteArray other = "[Other Source]\nDriver=Other\nDatabase=/srv/other.db\n";
-        writeFile(ini, other + "\n[MS Access Database]\nOldValue=1\nDriverId=3\n");
+        QVERIFY(writeFile(ini, other + "\n[MS Access Database]\nOldValue=1\nDriverId=3\n"));
         QString error;
         for (int start = 0; start < 2; ++start)
             QVERIFY(ReportSource::registerReportDataSource(folder, ini, &error));
-        const QString text = QString::fromUtf8(readAll(ini));
+        const QString text = QString::fromUtf8(readFile(ini));
         QCOMPARE(text.count("[MS Access Database]"), 1);
         const QStringList ours = text.section("[MS Access Database]\n", 1).split('\n');
         for (const char* line : {"DriverId=25", "FIL=MS Access;", "SafeTransaction=0", "UID="})
@@ -423,16 +688,15 @@ private Q_SLOTS:
     void productList() {
         QFETCH(QByteArray, content);
         QFETCH(QString, expected);
-        Store s;
+        Store s({}, false);
         if (!content.isNull())
-            writeFile(s.folder.file("Products.LST"), content);
+            QVERIFY(writeFile(s.folder.file("Products.LST"), content));
         QCOMPARE(ProductList::listText(s.folder), expected);
     }
 
     // Entry 0 is always there: "None Defined" alone, "No Discount" before real promos.
     void promosEntryZero() {
         Store s;
-        s.db.prepare();
         Rates rates;
         const auto promos = [&] {
             rates.loadPromos(s.db);

@@ -1,9 +1,7 @@
 #include "host_actions.h"
-#include "protocol/protocol.h"
 #include "support/console_fixture.h"
-#include "support/terminal_probe.h"
+#include "support/files.h"
 
-#include <QFile>
 #include <QImage>
 #include <QRegularExpression>
 #include <QSignalSpy>
@@ -14,25 +12,26 @@ using L = QByteArrayList;
 class TerminalClientTest : public QObject {
     Q_OBJECT
 
-    // A console and one terminal identified on it as `pc`.
-    struct Pair {
-        ConsoleFixture fx;
-        TerminalClient client;
-        Console& console() { return *fx.console; }
-        bool up(int pc) {
-            fx.start();
-            client.connectToConsole("127.0.0.1", console().server().port());
-            return !client.waitFor(Msg::accept()).isEmpty() &&
-                   TerminalProbe(console()).identify(client, pc);
-        }
-    };
+    std::unique_ptr<ConsoleFixture> fx;
+    std::unique_ptr<TerminalClient> client; // on line as PC 2
+
+    Console& console() { return *fx->console; }
 
 private Q_SLOTS:
+    void initTestCase() {
+        fx = std::make_unique<ConsoleFixture>();
+        fx->start();
+        client = fx->probe().online(2);
+        QVERIFY(client);
+    }
+    void cleanupTestCase() {
+        client.reset();
+        fx.reset();
+    }
+
     void answersProcessRequestWithItsOwnProcesses() {
-        Pair pair;
-        QVERIFY(pair.up(2));
-        QSignalSpy spy(&pair.console().terminalMessages(), &TerminalMessages::processesReceived);
-        QVERIFY(pair.console().control().sendToPc(2, Msg::requestProcesses()));
+        QSignalSpy spy(&console().terminalMessages(), &TerminalMessages::processesReceived);
+        QVERIFY(console().control().sendToPc(2, Msg::requestProcesses()));
         QVERIFY(spy.wait());
         const QString self =
             QStringLiteral("^%1:tst_terminal").arg(QCoreApplication::applicationPid());
@@ -40,14 +39,10 @@ private Q_SLOTS:
     }
 
     void answersSnapshotRequestWithABitmap() {
-        Pair pair;
-        QVERIFY(pair.up(3));
-        QSignalSpy done(&pair.console().snapshots(), &SnapshotReceiver::received);
-        QVERIFY(pair.console().snapshots().request(3));
+        QSignalSpy done(&console().snapshots(), &SnapshotReceiver::received);
+        QVERIFY(console().snapshots().request(2));
         QVERIFY(done.wait(20000));
-        QFile file(done.at(0).at(0).toString());
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray bytes = file.readAll();
+        const QByteArray bytes = readFile(done.at(0).at(0).toString());
         QVERIFY(bytes.startsWith("BM6")); // how the console knows a snapshot's first piece
         QVERIFY(bytes.endsWith("Close"));
         QVERIFY(!QImage::fromData(bytes.chopped(5), "BMP").isNull());
@@ -55,9 +50,7 @@ private Q_SLOTS:
 
     // Unless told to obey, a test terminal must never log off or shut down this machine.
     void machineRequestsAreOnlyReportedUnlessObeyed() {
-        Pair pair;
-        QVERIFY(pair.up(6));
-        QSignalSpy spy(&pair.client, &TerminalClient::systemRequest);
+        QSignalSpy spy(client.get(), &TerminalClient::systemRequest);
         // Each request, and the start of what it would do here.
         const QList<std::pair<QByteArray, QString>> requests{
             {Msg::logOff(), "loginctl terminate-user "},
@@ -67,7 +60,7 @@ private Q_SLOTS:
              "end the processes named \"tst_terminal_client\" of user "},
         };
         for (const auto& [message, action] : requests) {
-            QVERIFY(pair.console().control().sendToPc(6, message));
+            QVERIFY(console().control().sendToPc(2, message));
             QTRY_COMPARE(spy.size(), requests.indexOf({message, action}) + 1);
             QCOMPARE(spy.last().at(0).toByteArray(), message);
             QVERIFY2(spy.last().at(1).toString().startsWith(action),

@@ -1,18 +1,32 @@
 #include "support/console_fixture.h"
 
-#include <QFile>
+#include "support/files.h"
 
-void ConsoleFixture::writeSettings(const QByteArray& content) {
-    QFile f(folder->file(QStringLiteral("TarvoQRB.INI")));
-    f.open(QIODevice::WriteOnly);
-    f.write(content);
+Console& ConsoleFixture::open() {
+    if (!console) {
+        console = std::make_unique<Console>(clock, prompts, *folder);
+        console->openStorage();
+    }
+    return *console;
 }
 
-Console& ConsoleFixture::start() {
-    console = std::make_unique<Console>(clock, prompts, *folder);
-    console->openStorage();
-    console->startUp(0, iniPath());
+Console& ConsoleFixture::start(const QByteArray& settings) {
+    if (!settings.isNull())
+        writeFile(QStringLiteral("TarvoQRB.INI"), settings);
+    open().startUp(0, iniPath());
     return *console;
+}
+
+TerminalProbe& ConsoleFixture::probe() {
+    if (!probe_) {
+        probe_ = std::make_unique<TerminalProbe>(*console);
+        probe_->openOtherLine();
+    }
+    return *probe_;
+}
+
+bool ConsoleFixture::writeFile(const QString& name, const QByteArray& content) {
+    return ::writeFile(folder->file(name), content);
 }
 
 void ConsoleFixture::exec(const QString& sql, const QVariantList& values) {

@@ -37,10 +37,12 @@ public:
         return QString();
     }
 
-    QStringList texts() const {
+    // The texts shown, or only those of one kind.
+    QStringList texts(const QString& kind = {}) const {
         QStringList t;
         for (const auto& s : shown)
-            t << s.text;
+            if (kind.isEmpty() || s.kind == kind)
+                t << s.text;
         return t;
     }
     const Shown* last() const { return shown.isEmpty() ? nullptr : &shown.last(); }

@@ -1,6 +1,7 @@
 #include "support/terminal_probe.h"
 
 #include "console/console.h"
+#include "server/session_start.h"
 
 std::unique_ptr<TerminalClient> TerminalProbe::connect(const QString& address) {
     auto t = std::make_unique<TerminalClient>();
@@ -24,10 +25,31 @@ bool TerminalProbe::identify(TerminalClient& terminal, int pc) {
 }
 
 std::unique_ptr<TerminalClient> TerminalProbe::online(int pc, const QString& address) {
-    auto t = connect(address);
+    auto t = connect(address.isEmpty() ? QStringLiteral("127.0.0.%1").arg(pc) : address);
     if (!t || !identify(*t, pc))
         return nullptr;
     return t;
+}
+
+std::unique_ptr<QTcpSocket> TerminalProbe::silent(const QString& address) {
+    auto s = std::make_unique<QTcpSocket>();
+    s->bind(QHostAddress(address));
+    s->connectToHost(QHostAddress::LocalHost, console_.server().port());
+    return s->waitForConnected(5000) ? std::move(s) : nullptr;
+}
+
+bool TerminalProbe::logIn(TerminalClient& terminal, int pc, const QString& who) {
+    terminal.logIn(who + u';' + QString::number(pc));
+    const bool started = !terminal.waitFor("Log Successful").isEmpty();
+    drain(terminal);
+    return started;
+}
+
+bool TerminalProbe::assign(TerminalClient& terminal, int pc, const QString& cid) {
+    const bool started = logOnPc(console_.sessionParts(), QString::number(pc), cid,
+                                 QStringLiteral("CRUZ, JUAN"), console_.control().socketOfPc(pc));
+    drain(terminal);
+    return started;
 }
 
 QByteArrayList TerminalProbe::drain(TerminalClient& terminal) {

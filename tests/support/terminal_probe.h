@@ -4,6 +4,7 @@
 
 #include <QByteArrayList>
 #include <QString>
+#include <QTcpSocket>
 
 #include <memory>
 
@@ -22,8 +23,16 @@ public:
     // Opens now the other connection the probe keeps messages apart with, so that it
     // takes its socket before the terminals under test.
     bool openOtherLine();
-    // Connected and identified; null when either failed.
-    std::unique_ptr<TerminalClient> online(int pc, const QString& address);
+    // Connected and identified, from `address` or else 127.0.0.<pc>; null when that failed.
+    std::unique_ptr<TerminalClient> online(int pc, const QString& address = {});
+    // A bare connection from `address` that never says a word; null when it failed.
+    std::unique_ptr<QTcpSocket> silent(const QString& address);
+
+    // A session started by the terminal's "LOG" for `who` ("id:name"); what the terminal
+    // got is drained.
+    bool logIn(TerminalClient& terminal, int pc, const QString& who = QStringLiteral("W-1:JUAN"));
+    // A session started by the operator for the member; what the terminal got is drained.
+    bool assign(TerminalClient& terminal, int pc, const QString& cid);
 
     // Everything the console sent the terminal so far: a rates request goes last, and
     // its answer comes only after every earlier answer.
