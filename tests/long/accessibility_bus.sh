@@ -26,6 +26,14 @@ focus() {
     fail "no window titled '$1'"
   xdotool windowfocus --sync "$id"
 }
+# The console listens once its main window is up; a busy machine may take a while.
+wait_for_port() {
+  for _ in $(seq 150); do
+    (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null && return 0
+    sleep 0.2
+  done
+  fail "the console does not listen on port $1"
+}
 type_line() { xdotool type --delay 15 "$1"; xdotool key Return; }
 
 /usr/libexec/at-spi-bus-launcher --launch-immediately 2>/dev/null &
@@ -47,6 +55,7 @@ type_line 'kape&tinapay7'
 focus "Tarvo QRB \[User"
 
 printf 'send LOG ID-00003:REYES, ANA;3\nexpect Log Successful\nexpect CMTR\nexpect OFPS\n' > "$data/pc3.script"
+wait_for_port "$port"
 "$terminal" --port "$port" --pc 3 --bind 127.0.0.3 --timeout 60000 --script "$data/pc3.script" \
   > "$data/pc3.log" &
 term=$!

@@ -26,6 +26,14 @@ focus() {
     fail "no window titled '$1'"
   xdotool windowfocus --sync "$id"
 }
+# The console listens once its main window is up; a busy machine may take a while.
+wait_for_port() {
+  for _ in $(seq 150); do
+    (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null && return 0
+    sleep 0.2
+  done
+  fail "the console does not listen on port $1"
+}
 type_line() { xdotool type --delay 15 "$1"; xdotool key Return; }
 
 db="$data/TarvoQRBDB.MDB"
@@ -56,7 +64,8 @@ type_line 'kape&tinapay7'
 focus "Tarvo QRB \[User"
 
 printf 'send LOG ID-00001:DELA CRUZ, JUAN;1\nexpect Log Successful\nwait 120000\n' > "$data/pc1.script"
-"$terminal" --port "$port" --pc 1 --bind 127.0.0.1 --script "$data/pc1.script" > "$data/pc1.log" &
+wait_for_port "$port"
+"$terminal" --port "$port" --pc 1 --bind 127.0.0.1 --timeout 20000 --script "$data/pc1.script" > "$data/pc1.log" &
 pids+=($!)
 for _ in $(seq 100); do
   [ "$(sqlite3 "$db" 'SELECT count(*) FROM templog WHERE aindex = 1' 2>/dev/null || echo 0)" = 1 ] && break

@@ -27,6 +27,14 @@ focus() {
     fail "no window titled '$1'"
   xdotool windowfocus --sync "$id"
 }
+# The console listens once its main window is up; a busy machine may take a while.
+wait_for_port() {
+  for _ in $(seq 150); do
+    (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null && return 0
+    sleep 0.2
+  done
+  fail "the console does not listen on port $1"
+}
 type_line() { xdotool type --delay 15 "$1"; xdotool key Return; }
 
 port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
@@ -52,9 +60,10 @@ expect Log Successful
 wait 30000
 SCRIPT
 printf 'wait 30000\n' > "$data/pc2.script"
-"$terminal" --port "$port" --pc 1 --bind 127.0.0.1 --script "$data/pc1.script" > "$data/pc1.log" &
+wait_for_port "$port"
+"$terminal" --port "$port" --pc 1 --bind 127.0.0.1 --timeout 20000 --script "$data/pc1.script" > "$data/pc1.log" &
 pids+=($!)
-"$terminal" --port "$port" --pc 2 --bind 127.0.0.2 --script "$data/pc2.script" > "$data/pc2.log" &
+"$terminal" --port "$port" --pc 2 --bind 127.0.0.2 --timeout 20000 --script "$data/pc2.script" > "$data/pc2.log" &
 pids+=($!)
 
 db="$data/TarvoQRBDB.MDB"
