@@ -7,3 +7,9 @@ void openReport(Console& console, FormHost&, const ReportRequest&) {
                                              "version."),
                               QString(), Prompts::Icon::Information);
 }
+
+void printMemberListText(Console& console, FormHost&) {
+    console.prompts().message(QStringLiteral("The printed members list is not available yet in "
+                                             "this version."),
+                              QString(), Prompts::Icon::Information);
+}
