@@ -16,7 +16,8 @@ db="$data/TarvoQRBDB.MDB"
 pids=()
 cleanup() {
   for p in "${pids[@]}"; do kill "$p" 2>/dev/null || true; done
-  rm -rf "$data"
+  # TARVO_KEEP_DATA=1 keeps the data folder and the terminals' logs to look into.
+  if [ "${TARVO_KEEP_DATA:-}" = 1 ]; then echo "data kept in $data" >&2; else rm -rf "$data"; fi
 }
 trap cleanup EXIT
 fail() { echo "FAIL: $*" >&2; exit 1; }
