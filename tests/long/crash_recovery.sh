@@ -17,7 +17,7 @@ TARVO_WITH_DBUS=1
 pids+=($!)
 sleep 1
 
-sqlite3 "$db" <<'SQL'
+sqlite3 -cmd ".timeout 10000" "$db" <<'SQL'
 CREATE TABLE sysusers (user TEXT, utype TEXT, keys TEXT);
 INSERT INTO sysusers VALUES ('ADMIN', 'Admin', 'Kape&Tinapay7');
 CREATE TABLE rates (RPH NUMBER, mina NUMBER, mint NUMBER);
@@ -36,7 +36,7 @@ connect() {
   pids+=($!)
 }
 sessions() {
-  sqlite3 "$db" 'SELECT aindex, CID, StartTime, TickStart, BkTick, pcstat FROM templog
+  sqlite3 -cmd ".timeout 10000" "$db" 'SELECT aindex, CID, StartTime, TickStart, BkTick, pcstat FROM templog
                  WHERE isout = 0 ORDER BY aindex'
 }
 run_console() {
@@ -94,7 +94,7 @@ kill "${term[12]}"
 wait_for_row "SELECT BkTick + 0 > 0 FROM templog WHERE aindex = 12 AND isout = 0" 1 \
   "PC 12's session was not running after the restart"
 elapsed=$(( ($(date +%s%N) - started) / 1000000 ))
-banked=$(sqlite3 "$db" "SELECT BkTick FROM templog WHERE aindex = 12 AND isout = 0")
+banked=$(sqlite3 -cmd ".timeout 10000" "$db" "SELECT BkTick FROM templog WHERE aindex = 12 AND isout = 0")
 [ $(( banked - elapsed )) -lt 1500 ] && [ $(( elapsed - banked )) -lt 1500 ] ||
   fail "PC 12 banked $banked ms of $elapsed ms since it started"
 
@@ -107,8 +107,8 @@ for try in "1 0" "2 120" "3 140" "4 170" "5 200" "6 2000"; do
   timeout 120 /usr/bin/python3 "$here/accessibility_bus.py" "$1" "$console_pid" "$2"
   wait "$console_pid" 2>/dev/null || true
   run_console
-  rows=$(sqlite3 "$db" "SELECT count(*) FROM TmpRvnD WHERE TID = '$1'")
-  open=$(sqlite3 "$db" "SELECT count(*) FROM templog WHERE aindex = $1 AND isout = 0")
+  rows=$(sqlite3 -cmd ".timeout 10000" "$db" "SELECT count(*) FROM TmpRvnD WHERE TID = '$1'")
+  open=$(sqlite3 -cmd ".timeout 10000" "$db" "SELECT count(*) FROM templog WHERE aindex = $1 AND isout = 0")
   case "$rows$open" in
     10) echo "PC $1: killed $2 ms after Yes, the bill was saved whole" ;;
     01) echo "PC $1: killed $2 ms after Yes, the session is still open, unbilled" ;;
@@ -118,10 +118,10 @@ for try in "1 0" "2 120" "3 140" "4 170" "5 200" "6 2000"; do
 done
 
 # No revenue row doubled by the restarts, nothing else touched, the file whole.
-[ "$(sqlite3 "$db" "SELECT count(*) FROM TmpRvnD")" = \
-  "$(sqlite3 "$db" "SELECT count(*) FROM templog WHERE isout <> 0")" ] ||
+[ "$(sqlite3 -cmd ".timeout 10000" "$db" "SELECT count(*) FROM TmpRvnD")" = \
+  "$(sqlite3 -cmd ".timeout 10000" "$db" "SELECT count(*) FROM templog WHERE isout <> 0")" ] ||
   fail "revenue rows and billed sessions differ"
-[ "$(sqlite3 "$db" 'SELECT count(*) FROM templog WHERE isout = 0')" -ge 18 ] ||
+[ "$(sqlite3 -cmd ".timeout 10000" "$db" 'SELECT count(*) FROM templog WHERE isout = 0')" -ge 18 ] ||
   fail "sessions were lost"
-[ "$(sqlite3 "$db" 'PRAGMA integrity_check')" = ok ] || fail "the database is damaged"
+[ "$(sqlite3 -cmd ".timeout 10000" "$db" 'PRAGMA integrity_check')" = ok ] || fail "the database is damaged"
 echo "1 passed, 0 failed"

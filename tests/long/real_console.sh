@@ -62,7 +62,7 @@ log_in() {
 # Waits until a statement on the database answers the expected text.
 wait_for_row() {
   for _ in $(seq 100); do
-    [ "$(sqlite3 "$db" "$1" 2>/dev/null || true)" = "$2" ] && return 0
+    [ "$(sqlite3 -cmd ".timeout 10000" "$db" "$1" 2>/dev/null || true)" = "$2" ] && return 0
     sleep 0.2
   done
   fail "${3:-"$1" never answered "$2"}"
