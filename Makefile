@@ -28,7 +28,7 @@ test-long: build
 	$(CTEST) -L long
 
 bench: build
-	@for b in $(BUILD)/bench/bench_*; do [ -f "$$b" ] && [ -x "$$b" ] || continue; echo "== $$(basename $$b)"; "$$b" || exit 1; done
+	@scripts/bench-results $(BUILD)
 
 clean:
 	rm -rf $(BUILD)
