@@ -5,7 +5,7 @@ JOBS ?= 2
 CXX_COMPILER ?= $(shell command -v clang++ 2>/dev/null || command -v g++)
 CTEST = cd $(BUILD) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j$(JOBS)
 
-.PHONY: all deps configure build run test test-long bench clean
+.PHONY: all deps configure build run test test-long bench demo clean
 
 all: build
 
@@ -26,6 +26,10 @@ test: build
 
 test-long: build
 	$(CTEST) -L long
+
+# A café's day, headless and faster than real time, checked against its own database.
+demo: build
+	$(BUILD)/tools/demo/tarvoqrb-demo $(BUILD)/demo
 
 bench: build
 	@scripts/bench-results $(BUILD)
