@@ -5,6 +5,8 @@
 #include <QDate>
 #include <QSqlRecord>
 
+#include <algorithm>
+
 namespace {
 
 const char* const Captions[] = {"ID",   "Last_Name", "First_Name", "Middle_Name", "Address",
@@ -67,7 +69,16 @@ std::vector<MemberRow> MemberListModel::readPage(const MemberFilter& filter, int
         if (before != pages.end() && before->second.rows.size() >= size_t(PageRows) &&
             before->second.rows[PageRows - 1].key.complete())
             return read(memberQuery::page(filter, before->second.rows[PageRows - 1].key, limit));
-        return read(memberQuery::pageAt(filter, page * PageRows, limit));
+        // A jump: counted from the nearer end, so that the last rows are as near as the first.
+        const int first = page * PageRows;
+        const int afterLast = qMin(first + limit, qMax(count_, first));
+        if (rows_ == Rows::Counted && count_ - afterLast < first) {
+            auto rows =
+                read(memberQuery::pageAt(filter, count_ - afterLast, afterLast - first, true));
+            std::reverse(rows.begin(), rows.end());
+            return rows;
+        }
+        return read(memberQuery::pageAt(filter, first, limit));
     }
     return read(memberQuery::page(filter, std::nullopt, limit));
 }

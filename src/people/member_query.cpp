@@ -10,6 +10,10 @@ const QString Columns =
 const QString ByName =
     QStringLiteral(" ORDER BY LN COLLATE NOCASE, FN COLLATE NOCASE, CID COLLATE NOCASE, rowid");
 const QString ByEntry = QStringLiteral(" ORDER BY rowid");
+// The same orders backwards, for counting from the end.
+const QString ByNameBack = QStringLiteral(" ORDER BY LN COLLATE NOCASE DESC, FN COLLATE NOCASE "
+                                          "DESC, CID COLLATE NOCASE DESC, rowid DESC");
+const QString ByEntryBack = QStringLiteral(" ORDER BY rowid DESC");
 // COLLATE on the values: a file made by another tool has columns that compare exactly,
 // and the index compares without regard to case.
 const QString AfterName = QStringLiteral(
@@ -43,7 +47,9 @@ QString where(const QStringList& conditions) {
                           : QStringLiteral(" WHERE ") + kept.join(QStringLiteral(" AND "));
 }
 
-QString order(const MemberFilter& filter) {
+QString order(const MemberFilter& filter, bool backwards = false) {
+    if (backwards)
+        return filter.field ? ByNameBack : ByEntryBack;
     return filter.field ? ByName : ByEntry;
 }
 
@@ -96,10 +102,11 @@ MemberStatement page(const MemberFilter& filter, const std::optional<MemberRowKe
             match.values};
 }
 
-MemberStatement pageAt(const MemberFilter& filter, int offset, int limit) {
+MemberStatement pageAt(const MemberFilter& filter, int offset, int limit, bool fromEnd) {
     MemberStatement match = condition(filter);
     match.values << limit << offset;
-    return {Columns + where({match.sql}) + order(filter) + QStringLiteral(" LIMIT ? OFFSET ?"),
+    return {Columns + where({match.sql}) + order(filter, fromEnd) +
+                QStringLiteral(" LIMIT ? OFFSET ?"),
             match.values};
 }
 

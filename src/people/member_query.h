@@ -45,8 +45,9 @@ enum Column { RowId, Cid, Ln, Fn, Mn, Adr, Disc, Status, Mdate, Accuhrs, ColumnC
 // `limit` rows from the start, or after the row with key `after`.
 MemberStatement page(const MemberFilter& filter, const std::optional<MemberRowKey>& after,
                      int limit);
-// `limit` rows from position `offset`: slower than continuing after a key, for jumps.
-MemberStatement pageAt(const MemberFilter& filter, int offset, int limit);
+// `limit` rows from position `offset`, counted from the start or, backwards, from the end
+// (the last row first): slower than continuing after a key, for jumps.
+MemberStatement pageAt(const MemberFilter& filter, int offset, int limit, bool fromEnd = false);
 // How many rows the filter selects.
 MemberStatement count(const MemberFilter& filter);
 // Of the row at `rowid`: LN, FN, CID and whether the filter selects it; no row when it is
