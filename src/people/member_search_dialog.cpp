@@ -3,13 +3,13 @@
 #include "base/form_host.h"
 #include "console/console.h"
 #include "people/member_search.h"
+#include "people/members_window.h"
 #include "ui/accessibility.h"
 #include "ui/dialog_frame.h"
 
 #include <QButtonGroup>
 #include <QDialog>
 #include <QHBoxLayout>
-#include <QHeaderView>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -48,19 +48,9 @@ public:
         row->addStretch(1);
         optwhat_->button(0)->setChecked(true);
 
-        grid_ = new QTableView(this);
-        grid_->setObjectName(QStringLiteral("grdMembers"));
+        grid_ = makeMembersGrid(search_.list(), this);
         grid_->setAccessibleName(QStringLiteral("Members found"));
-        grid_->setModel(&search_.list());
-        grid_->setSelectionBehavior(QAbstractItemView::SelectRows);
-        grid_->setSelectionMode(QAbstractItemView::SingleSelection);
-        grid_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-        grid_->setAlternatingRowColors(true);
-        grid_->setWordWrap(false);
-        grid_->verticalHeader()->hide();
-        grid_->horizontalHeader()->setStretchLastSection(true);
-        grid_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-        grid_->setMinimumSize(640, 280);
+        grid_->setMinimumHeight(280);
 
         const DialogFrame frame = frameDialog(
             *this, QStringLiteral("Find a member"),

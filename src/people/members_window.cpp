@@ -19,6 +19,7 @@
 #include <QMdiSubWindow>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollBar>
 #include <QTableView>
 #include <QVBoxLayout>
 
@@ -39,8 +40,8 @@ protected:
 };
 
 // Column widths in characters of the grid's font, wide enough for what a café registers;
-// the address takes what is left.
-constexpr int ColumnChars[] = {10, 16, 16, 14, 0, 6, 10, 11, 8};
+// the address stretches over what is left.
+constexpr int ColumnChars[] = {10, 16, 16, 14, 28, 6, 10, 11, 8};
 constexpr int AddressColumn = 4;
 
 QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
@@ -52,6 +53,32 @@ QPushButton* button(QWidget* parent, const char* name, const QString& caption) {
 
 } // namespace
 
+QTableView* makeMembersGrid(MemberListModel& list, QWidget* parent) {
+    auto* grid = new QTableView(parent);
+    grid->setObjectName(QStringLiteral("grdMembers"));
+    grid->setModel(&list);
+    grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+    grid->setSelectionMode(QAbstractItemView::SingleSelection);
+    grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    grid->setAlternatingRowColors(true);
+    grid->setWordWrap(false);
+    grid->verticalHeader()->hide();
+    grid->verticalHeader()->setDefaultSectionSize(grid->fontMetrics().height() + 8);
+    const int charWidth = grid->fontMetrics().horizontalAdvance(QLatin1Char('M'));
+    int width = 0;
+    for (int c = 0; c < int(std::size(ColumnChars)); ++c) {
+        grid->setColumnWidth(c, ColumnChars[c] * charWidth * 3 / 4);
+        width += grid->columnWidth(c);
+    }
+    // Every column in view, with no scrolling sideways.
+    grid->setMinimumWidth(width + grid->verticalScrollBar()->sizeHint().width() +
+                          2 * grid->frameWidth());
+    grid->horizontalHeader()->setSectionResizeMode(AddressColumn, QHeaderView::Stretch);
+    grid->horizontalHeader()->setMinimumSectionSize(charWidth * 3);
+    grid->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    return grid;
+}
+
 MembersWindow::MembersWindow(Console& console, FormHost& host, HandOn handOn, QWidget* parent)
     : QWidget(parent), console_(console), host_(host), handOn_(std::move(handOn)),
       desk_(console.database(), console.prompts(), console.clock()) {
@@ -59,23 +86,8 @@ MembersWindow::MembersWindow(Console& console, FormHost& host, HandOn handOn, QW
     setWindowTitle(QStringLiteral("Clients Section - Members"));
     setAttribute(Qt::WA_DeleteOnClose);
 
-    grid_ = new QTableView(this);
-    grid_->setObjectName(QStringLiteral("grdMembers"));
+    grid_ = makeMembersGrid(desk_.list(), this);
     grid_->setAccessibleName(QStringLiteral("Members"));
-    grid_->setModel(&desk_.list());
-    grid_->setSelectionBehavior(QAbstractItemView::SelectRows);
-    grid_->setSelectionMode(QAbstractItemView::SingleSelection);
-    grid_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    grid_->setAlternatingRowColors(true);
-    grid_->setWordWrap(false);
-    grid_->verticalHeader()->hide();
-    grid_->verticalHeader()->setDefaultSectionSize(grid_->fontMetrics().height() + 8);
-    const int charWidth = grid_->fontMetrics().horizontalAdvance(QLatin1Char('M'));
-    for (int c = 0; c < int(std::size(ColumnChars)); ++c)
-        if (ColumnChars[c] > 0)
-            grid_->setColumnWidth(c, ColumnChars[c] * charWidth * 3 / 4);
-    grid_->horizontalHeader()->setSectionResizeMode(AddressColumn, QHeaderView::Stretch);
-    grid_->horizontalHeader()->setMinimumSectionSize(charWidth * 3);
 
     count_ = new QLabel(this);
     count_->setObjectName(QStringLiteral("lblCount"));
@@ -120,8 +132,8 @@ QWidget* MembersWindow::buildSearchBar() {
     row->addWidget(txtskey_, 1);
 
     optwhat_ = new QButtonGroup(bar);
-    const QString captions[] = {QStringLiteral("&Last name"), QStringLiteral("F&irst name"),
-                                QStringLiteral("I&D")};
+    const QString captions[] = {QStringLiteral("&Last name"), QStringLiteral("Fi&rst name"),
+                                QStringLiteral("&ID")};
     for (int i = 0; i < 3; ++i) {
         auto* option = new QRadioButton(captions[i], bar);
         option->setObjectName(QStringLiteral("optwhat"));
@@ -156,7 +168,7 @@ QLineEdit* MembersWindow::field(const char* name, int maxLength) {
 }
 
 QWidget* MembersWindow::buildDetails() {
-    auto* group = new QGroupBox(QStringLiteral("Member"), this);
+    auto* group = new QGroupBox(QStringLiteral("The member"), this);
     group->setObjectName(QStringLiteral("fraMember"));
     txtid_ = field("txtid", 20);
     txtln_ = field("txtln", 50);
@@ -177,9 +189,9 @@ QWidget* MembersWindow::buildDetails() {
     // Three pairs of label and box a line.
     auto* form = new QGridLayout(group);
     const std::pair<QString, QLineEdit*> fields[] = {
-        {QStringLiteral("I&D"), txtid_},         {QStringLiteral("Last na&me"), txtln_},
-        {QStringLiteral("Fi&rst name"), txtFn_}, {QStringLiteral("Middle name"), txtMn_},
-        {QStringLiteral("Sta&tus"), txtstat_},   {QStringLiteral("Member since"), txtmbdate_},
+        {QStringLiteral("ID"), txtid_},          {QStringLiteral("Last na&me"), txtln_},
+        {QStringLiteral("Firs&t name"), txtFn_}, {QStringLiteral("Middle nam&e"), txtMn_},
+        {QStringLiteral("&Status"), txtstat_},   {QStringLiteral("Member sin&ce"), txtmbdate_},
         {QStringLiteral("Disco&unt"), txtdisc_}, {QStringLiteral("Accumulated &hours"), txtAccu_},
     };
     int at = 0;
@@ -206,7 +218,7 @@ QWidget* MembersWindow::buildButtons() {
     cmdAddM_ = button(bar, "cmdAddM", QString());
     cmdedit_ = button(bar, "cmdedit", QString());
     auto* cmddel = button(bar, "cmddel", QStringLiteral("&Delete"));
-    auto* cmdlog = button(bar, "cmdlog", QStringLiteral("&Log On to a PC"));
+    auto* cmdlog = button(bar, "cmdlog", QStringLiteral("L&og On to a PC"));
     auto* cmdprint = button(bar, "cmdprint", QStringLiteral("&Print List"));
     cmdclose_ = button(bar, "cmdclose", QString());
     for (QPushButton* b : {cmdAddM_, cmdedit_, cmddel})
@@ -298,7 +310,7 @@ void MembersWindow::closeClicked() {
 
 QSize MembersWindow::sizeHint() const {
     const int em = fontMetrics().horizontalAdvance(QLatin1Char('M'));
-    return {em * 72, fontMetrics().height() * 36};
+    return {em * 90, fontMetrics().height() * 40};
 }
 
 void openMembersRegister(Console& console, FormHost& host) {

@@ -64,6 +64,9 @@ private:
     QList<QWidget*> browsingOnly_; // usable only while no member is being typed
 };
 
+// The grid of members both member windows show, under the register's captions.
+QTableView* makeMembersGrid(MemberListModel& list, QWidget* parent);
+
 // "Clients Section": the members register in the frame, or the one already open brought
 // forward.
 void openMembersRegister(Console& console, FormHost& host);
