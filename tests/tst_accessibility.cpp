@@ -129,8 +129,8 @@ private Q_SLOTS:
         for (const char* window :
              {"main", "main with a window open", "main with the list floating", "frmLog", "frmLog2",
               "frmFirstAdmin", "MyMsgbox message", "MyMsgbox input", "frmNotices", "frmAbout",
-              "question", "RatesSrv", "frmlp", "ATV", "frmBill", "frmPrinter", "Members",
-              "Gsearch"})
+              "question", "RatesSrv", "frmlp", "ATV", "frmBill", "frmPrinter", "frmUsers",
+              "Members", "Gsearch"})
             QTest::newRow(window) << QString::fromLatin1(window);
     }
     void everyControlIsNamedAndDescribed() {
@@ -181,6 +181,8 @@ private Q_SLOTS:
             found = search ? problems(search) : QStringList{window + u" did not open"_s};
         } else if (window == u"frmPrinter"_s) {
             found = problemsOfChild(u"mnuPrinter"_s, window);
+        } else if (window == u"frmUsers"_s) {
+            found = problemsOfChild(u"mnuuser"_s, window);
         } else if (window == u"frmFirstAdmin"_s) {
             FirstAdminDialog firstAdmin(console());
             found = problems(&firstAdmin);
