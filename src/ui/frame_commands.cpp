@@ -5,6 +5,7 @@
 #include "billing/rates_window.h"
 #include "console/console.h"
 #include "people/log_in_dialog.h"
+#include "people/members_window.h"
 #include "people/users_window.h"
 #include "server/operator_commands.h"
 #include "ui/about_dialog.h"
@@ -68,7 +69,10 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
     const auto none = std::nullopt;
     return {
         // The main menu.
-        {"mnuCset", "Clients &Section", "members", none, later("The members register")},
+        {"mnuCset", "Clients &Section", "members", none,
+         [&f, &c] {
+             openMembersRegister(c, f);
+         }},
         {"mnuPCTerm", "Terminal Attachment Infos", "registry", none, later("The IP table")},
         {"mnuRateS", "Tarvo System Settings", "rates", Admin::SettingsMenu,
          [&f, &c] {
