@@ -128,7 +128,8 @@ private Q_SLOTS:
         for (const char* window :
              {"main", "main with a window open", "main with the list floating", "frmLog", "frmLog2",
               "frmFirstAdmin", "MyMsgbox message", "MyMsgbox input", "frmNotices", "frmAbout",
-              "question", "RatesSrv", "frmlp", "ATV", "frmBill", "frmPrinter"})
+              "question", "RatesSrv", "frmlp", "ATV", "frmBill", "frmPrinter", "ASlsSrv", "NewSrv",
+              "frmSDates"})
             QTest::newRow(window) << QString::fromLatin1(window);
     }
     void everyControlIsNamedAndDescribed() {
@@ -171,6 +172,15 @@ private Q_SLOTS:
             openBill(console(), *frame, 3, 3);
             auto* bill = frame->findChild<QDialog*>(window);
             found = bill ? problems(bill) : QStringList{window + u" did not open"_s};
+        } else if (window == u"ASlsSrv"_s) {
+            found = problemsOfChild(u"mnuEarn"_s, window);
+        } else if (window == u"NewSrv"_s) {
+            frame->action(u"mnuEarn"_s)->trigger();
+            frame->findChild<QPushButton*>(u"Addsrv"_s)->click();
+            auto* w = frame->findChild<QDialog*>(window);
+            found = w && w->isVisible() ? problems(w) : QStringList{window + u" did not open"_s};
+        } else if (window == u"frmSDates"_s) {
+            found = problemsOfChild(u"mnuSDate"_s, window);
         } else if (window == u"frmPrinter"_s) {
             found = problemsOfChild(u"mnuPrinter"_s, window);
         } else if (window == u"frmFirstAdmin"_s) {
