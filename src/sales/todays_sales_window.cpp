@@ -95,8 +95,8 @@ TodaysSalesWindow::TodaysSalesWindow(Console& console, FormHost& host, QWidget* 
     servicesLayout->addLayout(servicesTotal);
 
     auto* grids = new QHBoxLayout;
-    grids->addWidget(rentals, 5);
-    grids->addWidget(services, 4);
+    grids->addWidget(rentals, 1);
+    grids->addWidget(services, 1);
     layout->addLayout(grids, 1);
 
     auto* buttons = new QHBoxLayout;
@@ -167,7 +167,12 @@ QTableView* TodaysSalesWindow::buildGrid(TakingsModel& model, const char* name,
     grid->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     grid->verticalHeader()->setDefaultSectionSize(grid->fontMetrics().height() + 6);
     grid->verticalHeader()->hide();
+    // The columns past the first three: as wide as an amount, so both grids fit side by side.
+    grid->horizontalHeader()->setDefaultSectionSize(
+        grid->fontMetrics().horizontalAdvance(QStringLiteral("00,000.00")) + 14);
     grid->horizontalHeader()->setStretchLastSection(true);
+    // A heading wider than its column (ORNumber at 1000 twips) is cut at its end, not both.
+    grid->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     return grid;
 }
 
