@@ -130,7 +130,7 @@ private Q_SLOTS:
              {"main", "main with a window open", "main with the list floating", "frmLog", "frmLog2",
               "frmFirstAdmin", "MyMsgbox message", "MyMsgbox input", "frmNotices", "frmAbout",
               "question", "RatesSrv", "frmlp", "ATV", "frmBill", "frmPrinter", "frmUsers",
-              "Members", "Gsearch"})
+              "Members", "Gsearch", "ASlsSrv", "NewSrv", "frmSDates"})
             QTest::newRow(window) << QString::fromLatin1(window);
     }
     void everyControlIsNamedAndDescribed() {
@@ -179,6 +179,15 @@ private Q_SLOTS:
             openMemberSearch(console(), *frame, [](const QString&, const QString&) {});
             auto* search = frame->findChild<QDialog*>(window);
             found = search ? problems(search) : QStringList{window + u" did not open"_s};
+        } else if (window == u"ASlsSrv"_s) {
+            found = problemsOfChild(u"mnuEarn"_s, window);
+        } else if (window == u"NewSrv"_s) {
+            frame->action(u"mnuEarn"_s)->trigger();
+            frame->findChild<QPushButton*>(u"Addsrv"_s)->click();
+            auto* w = frame->findChild<QDialog*>(window);
+            found = w && w->isVisible() ? problems(w) : QStringList{window + u" did not open"_s};
+        } else if (window == u"frmSDates"_s) {
+            found = problemsOfChild(u"mnuSDate"_s, window);
         } else if (window == u"frmPrinter"_s) {
             found = problemsOfChild(u"mnuPrinter"_s, window);
         } else if (window == u"frmUsers"_s) {

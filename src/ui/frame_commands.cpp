@@ -7,7 +7,10 @@
 #include "people/log_in_dialog.h"
 #include "people/members_window.h"
 #include "people/users_window.h"
+#include "sales/date_report_window.h"
+#include "sales/todays_sales_window.h"
 #include "server/operator_commands.h"
+#include "store/backup.h"
 #include "ui/about_dialog.h"
 #include "ui/main_window.h"
 #include "ui/printer_setup_dialog.h"
@@ -82,7 +85,14 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
          [&f, &c] {
              openSystemUsers(c, f);
          }},
-        {"mnuBkDB", "Back-Up Database", {}, none, later("The database backup")},
+        {"mnuBkDB",
+         "Back-Up Database",
+         {},
+         none,
+         [&c] {
+             backupDatabase(c.database(), c.clock().today(), c.prompts(),
+                            QStringLiteral("User Back-Up Method"));
+         }},
         {"mnuTxtview", "Message Archiver", {}, none, later("The message archiver")},
         {"mnuPrinter", "Tarvo Printer Setup", "printer", none,
          [&f, &c] {
@@ -110,8 +120,17 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
          none,
          maintainEvery(Maintenance::Reboot)},
         {"mnuShutdown", "Shutdown All Clients PC", {}, none, maintainEvery(Maintenance::ShutDown)},
-        {"mnuEarn", "&What we gather today", "sales", none, later("Today's sales")},
-        {"mnuSDate", "&Retro Reports", {}, none, later("The date report")},
+        {"mnuEarn", "&What we gather today", "sales", none,
+         [&f, &c] {
+             openTodaysSales(c, f);
+         }},
+        {"mnuSDate",
+         "&Retro Reports",
+         {},
+         none,
+         [&f, &c] {
+             openDateReport(c, f);
+         }},
         {"mnuClist", "Clients we Currently Have", {}, none, later("The members list")},
         {"mnuTinfo", "Terminal Attachment Information ", {}, none, later("The IP table")},
         {"mnumanual",
