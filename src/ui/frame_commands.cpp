@@ -5,6 +5,7 @@
 #include "billing/rates_window.h"
 #include "console/console.h"
 #include "people/log_in_dialog.h"
+#include "sales/report_window.h"
 #include "server/operator_commands.h"
 #include "ui/about_dialog.h"
 #include "ui/main_window.h"
@@ -105,7 +106,15 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
         {"mnuShutdown", "Shutdown All Clients PC", {}, none, maintainEvery(Maintenance::ShutDown)},
         {"mnuEarn", "&What we gather today", "sales", none, later("Today's sales")},
         {"mnuSDate", "&Retro Reports", {}, none, later("The date report")},
-        {"mnuClist", "Clients we Currently Have", {}, none, later("The members list")},
+        {"mnuClist",
+         "Clients we Currently Have",
+         {},
+         none,
+         [&f, &c] {
+             ReportRequest members;
+             members.kind = ReportKind::Members;
+             openReport(c, f, members);
+         }},
         {"mnuTinfo", "Terminal Attachment Information ", {}, none, later("The IP table")},
         {"mnumanual",
          "Tarvo Systems Manual",
