@@ -199,6 +199,55 @@ private Q_SLOTS:
         QCOMPARE(fieldText(value, format), shown);
     }
 
+    // The bands on pages 100 mm tall: report header 20, page header 5, rows 10, report
+    // footer 10, page footer 5; seven rows fill the first page, nine the others.
+    void pagination_data() {
+        QTest::addColumn<int>("rowCount");
+        QTest::addColumn<double>("pageHeight");
+        QTest::addColumn<QStringList>("pages");
+        QTest::newRow("no rows") << 0 << 100.0 << QStringList{"RH PH RF PF"};
+        QTest::newRow("room for the total") << 6 << 100.0 << QStringList{"RH PH 0 1 2 3 4 5 RF PF"};
+        QTest::newRow("total alone on the next page, without heads")
+            << 7 << 100.0 << QStringList{"RH PH 0 1 2 3 4 5 6 PF", "RF PF"};
+        QTest::newRow("rows go on") << 17 << 100.0
+                                    << QStringList{"RH PH 0 1 2 3 4 5 6 PF",
+                                                   "PH 7 8 9 10 11 12 13 14 15 PF", "PH 16 RF PF"};
+        QTest::newRow("a page too short still takes a row")
+            << 2 << 12.0 << QStringList{"RH PH 0 PF", "PH 1 PF", "RF PF"};
+    }
+    void pagination() {
+        QFETCH(int, rowCount);
+        QFETCH(double, pageHeight);
+        QFETCH(QStringList, pages);
+        ReportLayout layout;
+        layout.reportHeader.height = 20;
+        layout.pageHeader.height = 5;
+        layout.detail.height = 10;
+        layout.reportFooter.height = 10;
+        layout.pageFooter.height = 5;
+        ReportTable rows({u"CID"_s}, {});
+        for (int i = 0; i < rowCount; ++i)
+            rows.append({i});
+        const ReportDocument document(layout, rows);
+        QStringList laid;
+        double bottom = 0;
+        for (const ReportDocument::Page& page : document.paginate(pageHeight)) {
+            QStringList bands;
+            for (const ReportDocument::Placed& p : page) {
+                const ReportBand* b = p.band;
+                bands << (b == &document.layout().reportHeader   ? u"RH"_s
+                          : b == &document.layout().pageHeader   ? u"PH"_s
+                          : b == &document.layout().reportFooter ? u"RF"_s
+                          : b == &document.layout().pageFooter   ? u"PF"_s
+                                                                 : QString::number(p.row));
+                bottom = p.top + b->height;
+            }
+            QCOMPARE(bottom, pageHeight); // the page footer at the foot of the page
+            laid << bands.join(u' ');
+        }
+        QCOMPARE(laid, pages);
+    }
+
     // Printed to PDF and read back: every row once and in order, over several pages when
     // there are many; on every page the column heads and its footer with the page count;
     // the header's captions on the first; the total after the last row.
@@ -284,11 +333,14 @@ private Q_SLOTS:
             const QString text = simplifiedPage(pages[p - 1]);
             QCOMPARE(spaced(p, pageLine.arg(p).arg(count)), pageLine.arg(p).arg(count));
             QCOMPARE(spaced(p, version), version);
-            for (const QString& head : heads)
-                QVERIFY2(text.contains(head), qPrintable(u"page %1 has no head "_s.arg(p) + head));
             QCOMPARE(text.split(u'\n').contains(title), p == 1);
+            const qsizetype before = seen.size();
             for (auto it = marker.globalMatch(pages[p - 1]); it.hasNext();)
                 seen << it.next().captured();
+            if (seen.size() > before || p == 1)
+                for (const QString& head : heads)
+                    QVERIFY2(text.contains(head),
+                             qPrintable(u"page %1 has no head "_s.arg(p) + head));
         }
         QCOMPARE(seen, expectedOrder);
 

@@ -37,18 +37,50 @@ QString withoutTrailingBlanks(QString text) {
     return text;
 }
 
-QString memberLine(const ReportTable& members, qsizetype row) {
+// A text broken at blanks into lines of at most `width` characters (a word longer than
+// that is cut), at most `most` of them.
+QStringList wrapped(const QString& text, int width, int most) {
+    QStringList lines;
+    QString line;
+    for (QString word : text.simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        if (!line.isEmpty() && line.size() + 1 + word.size() <= width) {
+            line += QLatin1Char(' ') + word;
+            continue;
+        }
+        if (!line.isEmpty())
+            lines << line;
+        for (; word.size() > width; word.remove(0, width))
+            lines << word.left(width);
+        line = word;
+    }
+    if (!line.isEmpty() || lines.isEmpty())
+        lines << line;
+    return lines.mid(0, most);
+}
+
+// A member's lines: the id, name, address and membership date on the first, and under
+// them what of a long name or address did not fit.
+QStringList memberLines(const ReportTable& members, qsizetype row) {
+    constexpr int MostLines = 3;
     auto value = [&](const char* column) {
         return members.value(row, QString::fromLatin1(column)).toString().trimmed();
     };
     QString name = value("LN");
     if (!value("FN").isEmpty() || !value("MN").isEmpty())
         name += QStringLiteral(", ") + value("FN") + QLatin1Char(' ') + value("MN");
+    const QStringList names = wrapped(name, NameWidth, MostLines);
+    const QStringList address = wrapped(value("ADR"), AddressWidth, MostLines);
     const QString since = fieldText(members.value(row, QStringLiteral("mdate")), FieldFormat::Date);
-    return withoutTrailingBlanks(cell(value("CID"), IdWidth) + QLatin1Char(' ') +
-                                 cell(name, NameWidth) + QLatin1Char(' ') +
-                                 cell(value("ADR"), AddressWidth) + QLatin1Char(' ') +
-                                 since.left(DateWidth).rightJustified(DateWidth));
+    QStringList lines;
+    for (qsizetype i = 0; i < std::max(names.size(), address.size()); ++i) {
+        const bool first = i == 0;
+        lines << withoutTrailingBlanks(
+            cell(first ? value("CID") : QString(), IdWidth) + QLatin1Char(' ') +
+            cell(names.value(i), NameWidth) + QLatin1Char(' ') +
+            cell(address.value(i), AddressWidth) + QLatin1Char(' ') +
+            (first ? since.left(DateWidth) : QString()).rightJustified(DateWidth));
+    }
+    return lines;
 }
 
 } // namespace
@@ -68,20 +100,26 @@ QList<QStringList> memberListPages(const ReportTable& members, const QDateTime& 
          QStringLiteral("MEMBER SINCE").rightJustified(DateWidth)),
         QString(Columns, QLatin1Char('-')),
     };
-    const qsizetype count = members.rowCount();
-    const int pageCount = int(std::max<qsizetype>(1, (count + RowsPerPage - 1) / RowsPerPage));
+    // The members' lines, a member never split over two pages.
+    QList<QStringList> bodies(1);
+    for (qsizetype r = 0; r < members.rowCount(); ++r) {
+        const QStringList lines = memberLines(members, r);
+        if (bodies.last().size() + lines.size() > RowsPerPage)
+            bodies.append(QStringList());
+        bodies.last() << lines;
+    }
+    if (members.rowCount() == 0)
+        bodies.last() << QStringLiteral("No members are registered.");
+
     QList<QStringList> pages;
-    for (int p = 0; p < pageCount; ++p) {
-        QStringList page = head;
-        const qsizetype first = qsizetype(p) * RowsPerPage;
-        for (qsizetype r = first; r < std::min(count, first + RowsPerPage); ++r)
-            page << memberLine(members, r);
-        if (count == 0)
-            page << QStringLiteral("No members are registered.");
+    const qsizetype pageCount = bodies.size();
+    for (qsizetype p = 0; p < pageCount; ++p) {
+        QStringList page = head + bodies[p];
         while (page.size() < LinesPerPage - FooterLines)
             page << QString();
-        const QString total =
-            p == pageCount - 1 ? QStringLiteral("A Total of %1 Member/s").arg(count) : QString();
+        const QString total = p == pageCount - 1
+                                  ? QStringLiteral("A Total of %1 Member/s").arg(members.rowCount())
+                                  : QString();
         page << QString(Columns, QLatin1Char('-'))
              << bothEnds(total, QStringLiteral("Page %1 of %2").arg(p + 1).arg(pageCount));
         pages << page;

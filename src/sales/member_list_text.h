@@ -9,8 +9,9 @@
 class QPagedPaintDevice;
 
 // The members list as plain text pages of fixed-pitch lines, for any printer: a title
-// spaced out as "L I S T   O F   M E M B E R S", one member a line in the order given,
-// and on every page its number and the count of pages.
+// spaced out as "L I S T   O F   M E M B E R S", the members in the order given (a long
+// name or address goes on under the member's first line), and on every page its number
+// and the count of pages.
 namespace MemberListText {
 inline constexpr int Columns = 80;
 inline constexpr int LinesPerPage = 60;

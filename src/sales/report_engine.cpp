@@ -47,33 +47,35 @@ QList<ReportDocument::Page> ReportDocument::paginate(double pageHeight) const {
         page.append({&band, row, y});
         y += band.height;
     };
-    auto startPage = [&](bool first) {
+    auto startPage = [&](bool first, bool heads) {
         page.clear();
         y = 0;
         if (first)
             place(layout_.reportHeader);
-        place(layout_.pageHeader);
+        if (heads)
+            place(layout_.pageHeader);
         fresh = true;
     };
     auto endPage = [&] {
         page.append({&layout_.pageFooter, -1, pageHeight - layout_.pageFooter.height});
         pages.append(page);
     };
-    auto room = [&](const ReportBand& band) {
+    // A page that holds only the report footer needs no column heads.
+    auto room = [&](const ReportBand& band, bool heads) {
         if (!fresh && y + band.height > bottom) {
             endPage();
-            startPage(false);
+            startPage(false, heads);
         }
         fresh = false;
     };
 
-    startPage(true);
+    startPage(true, true);
     for (qsizetype row = 0; row < rows_.rowCount(); ++row) {
-        room(layout_.detail);
+        room(layout_.detail, true);
         place(layout_.detail, row);
     }
     if (layout_.reportFooter.height > 0 || !layout_.reportFooter.elements.isEmpty()) {
-        room(layout_.reportFooter);
+        room(layout_.reportFooter, false);
         place(layout_.reportFooter);
     }
     endPage();

@@ -30,9 +30,9 @@ public:
     };
     using Page = QList<Placed>;
     // The bands laid on pages `pageHeight` layout millimetres tall: the report header on
-    // the first, the page header on each, as many rows as fit above the page footer, the
-    // report footer after the last row. A page holds at least one row however short it
-    // is, so that laying out always ends.
+    // the first, the page header on each (but on one left with only the report footer),
+    // as many rows as fit above the page footer, the report footer after the last row.
+    // A page holds at least one row however short it is, so that laying out always ends.
     QList<Page> paginate(double pageHeight) const;
 
     // How the layout fits the device's printable area: layout millimetres to device
