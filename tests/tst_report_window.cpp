@@ -163,6 +163,23 @@ private Q_SLOTS:
                               u"Statements/Services_2026-11-15_0900.pdf."_s}));
     }
 
+    // A report of very many rows is made only when the operator wants to wait for it.
+    void largeReportAsksFirst() {
+        {
+            RowWriter w(fx->console->database());
+            for (int i = 0; i < 40000; ++i)
+                w.add(ServiceRow{Today, 1, u"Photocopy"_s});
+            w.commit();
+        }
+        fx->prompts.answers = {Prompts::Answer::No};
+        QVERIFY(!open(ReportKind::Services, "DRSDSRV"));
+        QCOMPARE(told(), QStringList{u"Large report: The report holds 40120 rows, some 892 "
+                                     u"pages, and takes a while to make. Make it all the same?"_s});
+        fx->prompts.clear();
+        QVERIFY(open(ReportKind::Rentals, "DRSDRG")); // 120 rows: nothing asked
+        QCOMPARE(told(), QStringList());
+    }
+
     // A database that fails is told; no window opens.
     void databaseFailure() {
         fx->exec(u"DROP TABLE TmpRvnD"_s);

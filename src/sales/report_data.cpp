@@ -113,6 +113,14 @@ PreparedReport prepareReport(const Database& database, const ReportRequest& requ
             captionOf(request.kind, now.date()), stemOf(request.kind), total};
 }
 
+qint64 countReportRows(const Database& database, const ReportRequest& request, const QDate& today) {
+    const Statement statement = statementFor(request, today);
+    DbSession s(database);
+    QSqlQuery q = s.run(QStringLiteral("SELECT COUNT(*) FROM (") + statement.sql + QLatin1Char(')'),
+                        statement.values);
+    return q.next() ? q.value(0).toLongLong() : 0;
+}
+
 ReportTable membersByName(const Database& database) {
     // A missing name part sorts as empty instead of making the whole key unknown.
     return fetch(database, {QStringLiteral("SELECT * FROM members ORDER BY COALESCE(LN, '') || "

@@ -24,6 +24,10 @@ struct PreparedReport {
 PreparedReport prepareReport(const Database& database, const ReportRequest& request,
                              const QDateTime& now);
 
+// How many rows the request's report holds, counted without reading them. Throws
+// StoreError.
+qint64 countReportRows(const Database& database, const ReportRequest& request, const QDate& today);
+
 // Every member, by last name and first name joined (the order of the printed list).
 // Throws StoreError.
 ReportTable membersByName(const Database& database);

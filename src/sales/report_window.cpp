@@ -21,6 +21,10 @@ namespace {
 using Icon = Prompts::Icon;
 
 const QString PrintTitle = QStringLiteral("Printing Report");
+// Past this many rows (a thousand pages or so) the operator is asked first: every page of
+// the preview is made before the window shows.
+constexpr qint64 LargeReportRows = 40000;
+constexpr qint64 RowsPerPage = 45;
 const QString ExportTitle = QStringLiteral("Export Report");
 
 QString documentName(ReportKind kind) {
@@ -174,6 +178,16 @@ QString ReportWindow::exportTo(const QString& extension) {
 
 void openReport(Console& console, FormHost& host, const ReportRequest& request) {
     try {
+        const qint64 rows = countReportRows(console.database(), request, console.clock().today());
+        if (rows > LargeReportRows &&
+            console.prompts().ask(
+                QStringLiteral("The report holds %1 rows, some %2 pages, and takes a while to "
+                               "make. Make it all the same?")
+                    .arg(rows)
+                    .arg(rows / RowsPerPage + 1),
+                QStringLiteral("Large report"), Prompts::Buttons::YesNo,
+                Icon::Exclamation) != Prompts::Answer::Yes)
+            return;
         host.showForm(new ReportWindow(console, prepareReport(console.database(), request,
                                                               console.clock().now())),
                       false);
