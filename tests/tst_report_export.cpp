@@ -144,13 +144,6 @@ private Q_SLOTS:
         QTest::addColumn<ReportKind>("kind");
         QTest::addColumn<QStringList>("heads");
         QTest::addColumn<QVariantList>("row"); // QDate, double (a money cell), QString
-        QTest::newRow("DRSDRG") << ReportKind::Rentals
-                                << QStringList{"Rdate",  "CID",  "TID",   "rType",
-                                               "StartT", "EndT", "Tcons", "Amount"}
-                                << QVariantList{Today,         u"ID-00007"_s,
-                                                u"12"_s,       u"GAMES_RENTALS"_s,
-                                                u"08:00:00"_s, u"09:30:00"_s,
-                                                u"01:30:00"_s, 1234.5};
         QTest::newRow("DRSDAll")
             << ReportKind::Summary
             << QStringList{"Rdate", "CID",  "TID",   "rType", "StartT",  "EndT",
@@ -245,16 +238,6 @@ private Q_SLOTS:
         QCOMPARE(readFile(path), QByteArray("earlier"));
         QCOMPARE(QDir(disk.path()).entryList(QDir::Files | QDir::Hidden),
                  QStringList{u"rows."_s + format});
-    }
-
-    // Files are named after the report and the time, and never written over.
-    void freeNames() {
-        const QDateTime at(Today, QTime(9, 30));
-        const QString first = freeFilePath(fx->dir.path(), u"Rentals"_s, at, u"csv"_s);
-        QCOMPARE(QFileInfo(first).fileName(), u"Rentals_2026-11-15_0930.csv"_s);
-        QVERIFY(writeFile(first, "x"));
-        QCOMPARE(QFileInfo(freeFilePath(fx->dir.path(), u"Rentals"_s, at, u"csv"_s)).fileName(),
-                 u"Rentals_2026-11-15_0930_2.csv"_s);
     }
 
     // The members by last and first name joined without regard to case ("CruzA" + "Ann"

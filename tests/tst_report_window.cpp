@@ -102,14 +102,6 @@ private Q_SLOTS:
         QCOMPARE(pdfPageTexts(fx->dir.filePath(file)).size(), pages);
     }
 
-    void membersListFromTheMainMenu() {
-        fx->frame->action(u"mnuClist"_s)->trigger();
-        auto* w = fx->frame->findChild<ReportWindow*>(u"DRMemList"_s);
-        QVERIFY(w);
-        QCOMPARE(w->windowTitle(), u"Tarvo QRB  Members as of [11/15/2026]"_s);
-        QCOMPARE(w->report().document.rows().rowCount(), 120);
-    }
-
     // The exports go where the PDF files go, named after the report and never over an
     // earlier one; a folder that cannot be made is told and nothing is written.
     void exports_data() {
