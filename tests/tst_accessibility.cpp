@@ -128,7 +128,8 @@ private Q_SLOTS:
         for (const char* window :
              {"main", "main with a window open", "main with the list floating", "frmLog", "frmLog2",
               "frmFirstAdmin", "MyMsgbox message", "MyMsgbox input", "frmNotices", "frmAbout",
-              "question", "RatesSrv", "frmlp", "ATV", "frmBill", "frmPrinter", "DRMemList"})
+              "question", "RatesSrv", "frmlp", "ATV", "frmBill", "frmPrinter", "frmUsers",
+              "DRMemList"})
             QTest::newRow(window) << QString::fromLatin1(window);
     }
     void everyControlIsNamedAndDescribed() {
@@ -173,6 +174,8 @@ private Q_SLOTS:
             found = bill ? problems(bill) : QStringList{window + u" did not open"_s};
         } else if (window == u"frmPrinter"_s) {
             found = problemsOfChild(u"mnuPrinter"_s, window);
+        } else if (window == u"frmUsers"_s) {
+            found = problemsOfChild(u"mnuuser"_s, window);
         } else if (window == u"DRMemList"_s) {
             found = problemsOfChild(u"mnuClist"_s, window);
         } else if (window == u"frmFirstAdmin"_s) {

@@ -5,6 +5,7 @@
 #include "billing/rates_window.h"
 #include "console/console.h"
 #include "people/log_in_dialog.h"
+#include "people/users_window.h"
 #include "sales/report_window.h"
 #include "server/operator_commands.h"
 #include "ui/about_dialog.h"
@@ -75,7 +76,9 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
              openRatesSettings(c, f);
          }},
         {"mnuuser", "System Users for Tarvo", "accounts", Admin::AccountsMenu,
-         later("The system user maintenance")},
+         [&f, &c] {
+             openSystemUsers(c, f);
+         }},
         {"mnuBkDB", "Back-Up Database", {}, none, later("The database backup")},
         {"mnuTxtview", "Message Archiver", {}, none, later("The message archiver")},
         {"mnuPrinter", "Tarvo Printer Setup", "printer", none,
