@@ -130,7 +130,7 @@ private Q_SLOTS:
              {"main", "main with a window open", "main with the list floating", "frmLog", "frmLog2",
               "frmFirstAdmin", "MyMsgbox message", "MyMsgbox input", "frmNotices", "frmAbout",
               "question", "RatesSrv", "frmlp", "ATV", "frmBill", "frmPrinter", "frmUsers",
-              "Members", "Gsearch", "ASlsSrv", "NewSrv", "frmSDates"})
+              "Members", "Gsearch", "ASlsSrv", "NewSrv", "frmSDates", "DRMemList"})
             QTest::newRow(window) << QString::fromLatin1(window);
     }
     void everyControlIsNamedAndDescribed() {
@@ -192,6 +192,8 @@ private Q_SLOTS:
             found = problemsOfChild(u"mnuPrinter"_s, window);
         } else if (window == u"frmUsers"_s) {
             found = problemsOfChild(u"mnuuser"_s, window);
+        } else if (window == u"DRMemList"_s) {
+            found = problemsOfChild(u"mnuClist"_s, window);
         } else if (window == u"frmFirstAdmin"_s) {
             FirstAdminDialog firstAdmin(console());
             found = problems(&firstAdmin);

@@ -240,8 +240,7 @@ private Q_SLOTS:
     void commandsReachTheirWindows_data() {
         QTest::addColumn<QString>("command");
         QTest::addColumn<QString>("expected"); // the dialog opened, or what the operator is told
-        for (const char* c : {"mnuPCTerm", "mnuTxtview", "mnuClist", "mnuTinfo", "tbar1", "tbar2",
-                              "tbar9"})
+        for (const char* c : {"mnuPCTerm", "mnuTxtview", "mnuTinfo", "tbar1", "tbar2", "tbar9"})
             QTest::newRow(c) << QString::fromLatin1(c)
                              << u" is not available yet in this version."_s;
         QTest::newRow("mnupPause")
@@ -251,6 +250,7 @@ private Q_SLOTS:
         QTest::newRow("tbar8") << u"tbar8"_s << u"frmPrinter"_s;
         QTest::newRow("mnuSwitch") << u"mnuSwitch"_s << u"frmLog2"_s;
         QTest::newRow("mnuAbout") << u"mnuAbout"_s << u"frmAbout"_s;
+        QTest::newRow("mnuClist") << u"mnuClist"_s << u"DRMemList"_s;
         QTest::newRow("tbar3") << u"tbar3"_s << u"ATV"_s;
         QTest::newRow("mnuCset") << u"mnuCset"_s << u"Members"_s;
         QTest::newRow("tbar5") << u"tbar5"_s << u"Members"_s;

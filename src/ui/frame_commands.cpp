@@ -9,6 +9,7 @@
 #include "people/users_window.h"
 #include "sales/date_report_window.h"
 #include "sales/todays_sales_window.h"
+#include "sales/report_window.h"
 #include "server/operator_commands.h"
 #include "store/backup.h"
 #include "ui/about_dialog.h"
@@ -131,7 +132,15 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
          [&f, &c] {
              openDateReport(c, f);
          }},
-        {"mnuClist", "Clients we Currently Have", {}, none, later("The members list")},
+        {"mnuClist",
+         "Clients we Currently Have",
+         {},
+         none,
+         [&f, &c] {
+             ReportRequest members;
+             members.kind = ReportKind::Members;
+             openReport(c, f, members);
+         }},
         {"mnuTinfo", "Terminal Attachment Information ", {}, none, later("The IP table")},
         {"mnumanual",
          "Tarvo Systems Manual",
