@@ -5,9 +5,9 @@
 #include "server/operator_commands.h"
 #include "server/session_start.h"
 #include "store/printer_choice.h"
-#include "support/console_fixture.h"
+#include "support/files.h"
+#include "support/frame_fixture.h"
 #include "support/terminal_probe.h"
-#include "ui/main_window.h"
 
 #include <QDir>
 #include <QtTest>
@@ -25,14 +25,12 @@ constexpr qint32 Minute = 60 * 1000;
 class BoardWindowTest : public QObject {
     Q_OBJECT
 
-    std::unique_ptr<ConsoleFixture> fx;
-    std::unique_ptr<TerminalProbe> probe;
-    std::unique_ptr<MainWindow> window;
+    std::unique_ptr<FrameFixture> fx;
     std::map<int, std::unique_ptr<TerminalClient>> terminals;
 
     Console& console() { return *fx->console; }
     const TerminalRecord& record(int pc) { return console().terminals().at(pc); }
-    BoardWindow* board() { return window->findChild<BoardWindow*>(u"ATV"_s); }
+    BoardWindow* board() { return fx->frame->findChild<BoardWindow*>(u"ATV"_s); }
     template <typename T = QWidget> T* find(const QString& name) {
         return board()->findChild<T*>(name);
     }
@@ -44,26 +42,34 @@ class BoardWindowTest : public QObject {
         return nullptr;
     }
     QDialog* bill() {
-        for (auto* d : window->findChildren<QDialog*>(u"frmBill"_s))
+        for (auto* d : fx->frame->findChildren<QDialog*>(u"frmBill"_s))
             if (d->isVisible())
                 return d;
         return nullptr;
     }
-    QString billField(const QString& name) { return bill()->findChild<QLineEdit*>(name)->text(); }
-    QPushButton* billButton(const QString& name) { return bill()->findChild<QPushButton*>(name); }
+    // The bill its tile's Stop button opens.
+    QDialog* stop(int tile) {
+        this->tile<QPushButton>("cmdStop", tile)->click();
+        return bill();
+    }
+    template <typename T = QLineEdit> T* billPart(const QString& name) {
+        return bill()->findChild<T*>(name);
+    }
 
-    // A terminal on line as the PC with a session started by the operator; what the
-    // terminal got so far is drained.
-    TerminalClient& running(int pc) {
+    // A terminal on line as the PC, idle or with a session started by the operator; what
+    // the terminal got so far is drained.
+    TerminalClient& online(int pc, bool session = false) {
         auto& t = terminals[pc];
-        t = probe->online(pc, u"127.0.0.%1"_s.arg(pc));
+        t = fx->probe().online(pc, u"127.0.0.%1"_s.arg(pc));
         if (!t)
             qFatal("PC %d did not come on line", pc);
-        logOnPc(console().sessionParts(), QString::number(pc), u"M-%1"_s.arg(pc), u"CRUZ, JUAN"_s,
-                console().control().socketOfPc(pc));
+        if (session)
+            logOnPc(console().sessionParts(), QString::number(pc), u"M-%1"_s.arg(pc),
+                    u"CRUZ, JUAN"_s, console().control().socketOfPc(pc));
         TerminalProbe::drain(*t);
         return *t;
     }
+    TerminalClient& running(int pc) { return online(pc, true); }
     void pass(qint32 ms) {
         fx->clock.advance(ms);
         board()->tick();
@@ -78,34 +84,19 @@ class BoardWindowTest : public QObject {
         console().rates().loadPromos(console().database());
         console().rates().setPromoInForce(1);
     }
-    void popUpOn(int pc) {
-        auto* list = window->findChild<QListView*>(u"lstTerminals"_s);
-        list->setCurrentIndex(list->model()->index(pc - 1, 0));
-    }
 
 private Q_SLOTS:
     void init() {
-        fx = std::make_unique<ConsoleFixture>();
+        fx = std::make_unique<FrameFixture>();
         fx->writeFile(QStringLiteral("TarvoQRB.INI"), "54=NOFPC\n");
-        fx->start();
-        probe = std::make_unique<TerminalProbe>(console());
-        QVERIFY(probe->openOtherLine());
-        console().currentOperator() = {u"ANA"_s, u"Admin"_s, u"pw"_s};
-        window = std::make_unique<MainWindow>(console());
-        window->setModalShowsBlock(false);
-        window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
-        window->findChild<QToolButton*>(u"tbar3"_s)->click();
+        QVERIFY(fx->show(u"Admin"_s));
+        QVERIFY(fx->probe().openOtherLine());
+        fx->frame->findChild<QToolButton*>(u"tbar3"_s)->click();
         QVERIFY(board() && board()->isVisible());
         fx->prompts.clear();
     }
     void cleanup() {
         terminals.clear();
-        probe.reset();
-        window.reset();
-        for (QWidget* w : QApplication::topLevelWidgets())
-            w->deleteLater();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         fx.reset();
     }
 
@@ -113,9 +104,9 @@ private Q_SLOTS:
         QTest::addColumn<int>("page");
         QTest::addColumn<QString>("pageText");
         QTest::addColumn<int>("lastTile"); // the tiles after it have no terminal
-        QTest::newRow("first") << 1 << u"1 of 3"_s << 24;
-        QTest::newRow("second") << 2 << u"2 of 3"_s << 24;
-        QTest::newRow("last, 54 terminals") << 3 << u"3 of 3"_s << 6;
+        row("first", 1, "1 of 3", 24);
+        row("second", 2, "2 of 3", 24);
+        row("last, 54 terminals", 3, "3 of 3", 6);
     }
     void pagesNumberTheTiles() {
         QFETCH(int, page);
@@ -129,15 +120,15 @@ private Q_SLOTS:
             const QString pc = QString::number(t + (page - 1) * 24);
             auto* number = tile<QPushButton>("lblTrmNo", t);
             QCOMPARE(number->isVisible(), t <= lastTile);
+            QCOMPARE(console().board().hasTerminal(t), t <= lastTile);
             QCOMPARE(number->text(), pc);
             QCOMPARE(number->accessibleName(), u"PC "_s + pc);
-            QCOMPARE(tile("lblamnt", t)->accessibleName(), u"Amount of PC "_s + pc);
-            QCOMPARE(tile("cmbTlmt", t)->accessibleName(), u"Time limit of PC "_s + pc);
-            QCOMPARE(tile("cmdStop", t)->accessibleName(), u"Stop PC "_s + pc);
-            QCOMPARE(tile("cmdFree", t)->accessibleName(), u"Unlock PC "_s + pc);
+            for (const auto& [name, label] : {std::pair{"lblamnt", "Amount of PC "},
+                                              {"cmbTlmt", "Time limit of PC "},
+                                              {"cmdStop", "Stop PC "},
+                                              {"cmdFree", "Unlock PC "}})
+                QCOMPARE(tile(name, t)->accessibleName(), QString::fromLatin1(label) + pc);
         }
-        if (page == 2)
-            QCOMPARE(tile<QPushButton>("lblTrmNo", 3)->text(), u"27"_s);
         auto* limits = tile<QComboBox>("cmbTlmt", 1);
         QStringList choices;
         for (int i = 0; i < limits->count(); ++i)
@@ -152,22 +143,18 @@ private Q_SLOTS:
         QTest::addColumn<QString>("word");
         QTest::addColumn<QString>("hint");
         QTest::addColumn<bool>("stops");
-        QTest::newRow("running") << u"running"_s << u"In use"_s << u"Click Stop to discontinue."_s
-                                 << true;
-        QTest::newRow("paused") << u"paused"_s << u"Paused"_s << u"PC has been Paused"_s << true;
-        QTest::newRow("idle") << u"idle"_s << u"Idle"_s << u"Click number to log"_s << false;
-        QTest::newRow("off line") << u"off line"_s << u"Off line"_s << u"Click number to log"_s
-                                  << false;
+        row("running", "running", "In use", "Click Stop to discontinue.", true);
+        row("paused", "paused", "Paused", "PC has been Paused", true);
+        row("idle", "idle", "Idle", "Click number to log", false);
+        row("off line", "off line", "Off line", "Click number to log", false);
     }
     void tilesShowTheirTerminal() {
         QFETCH(QString, state);
         QFETCH(QString, word);
         QFETCH(QString, hint);
         QFETCH(bool, stops);
-        if (stops)
-            running(5);
-        else if (state == u"idle"_s)
-            terminals[5] = probe->online(5, u"127.0.0.5"_s);
+        if (state != u"off line"_s)
+            online(5, stops);
         if (state == u"paused"_s)
             pausePc(console().sessionParts(), 5);
         pass(Minute);
@@ -185,7 +172,7 @@ private Q_SLOTS:
 
     void hidingUnusedTerminals() {
         running(2);
-        terminals[3] = probe->online(3, u"127.0.0.3"_s);
+        online(3);
         auto* show = find<QPushButton>(u"cmdShow"_s);
         QCOMPARE(show->text(), u"Hide Unused PC's"_s);
         show->click();
@@ -203,24 +190,20 @@ private Q_SLOTS:
     void choosingALimit_data() {
         QTest::addColumn<QString>("state");
         QTest::addColumn<L>("sent");
-        QTest::newRow("running") << u"running"_s << L{"TLMT 10"};
-        QTest::newRow("paused") << u"paused"_s << L{};
-        QTest::newRow("idle") << u"idle"_s << L{};
-        QTest::newRow("running, terminal down") << u"down"_s << L{};
+        row("running", "running", L{"TLMT 10"});
+        row("paused", "paused", L{});
+        row("idle", "idle", L{});
+        row("running, terminal down", "down", L{});
     }
     void choosingALimit() {
         QFETCH(QString, state);
         QFETCH(L, sent);
         showPage(2);
         TerminalClient* t = nullptr;
-        if (state == u"down"_s) {
+        if (state == u"down"_s)
             QVERIFY(logOnPc(console().sessionParts(), u"27"_s, u"M-27"_s, u"REYES, ANA"_s, -1));
-        } else if (state == u"idle"_s) {
-            terminals[27] = probe->online(27, u"127.0.0.27"_s);
-            t = terminals[27].get();
-        } else {
-            t = &running(27);
-        }
+        else
+            t = &online(27, state != u"idle"_s);
         if (state == u"paused"_s) {
             pausePc(console().sessionParts(), 27);
             TerminalProbe::drain(*t);
@@ -242,9 +225,8 @@ private Q_SLOTS:
         running(27);
         pass(45 * Minute);
         QCOMPARE(tile<QLabel>("lblamnt", 3)->text(), u"P 15.00"_s);
-        tile<QPushButton>("cmdStop", 3)->click();
-        QVERIFY(bill());
-        QCOMPARE(bill()->findChild<QLabel*>(u"lblpcno"_s)->text(), u"27"_s);
+        QVERIFY(stop(3));
+        QCOMPARE(billPart<QLabel>(u"lblpcno"_s)->text(), u"27"_s);
         const std::pair<const char*, QString> fields[] = {
             {"txtbldate", u"11/15/2026"_s}, {"txtor", u"0"_s},
             {"txtCid", u"M-27"_s},          {"txtCname", u"CRUZ, JUAN"_s},
@@ -255,9 +237,9 @@ private Q_SLOTS:
             {"txtAmountDue", u"15.00"_s},
         };
         for (const auto& [name, text] : fields)
-            QCOMPARE(billField(QString::fromLatin1(name)), text);
-        QCOMPARE(bill()->findChild<QComboBox*>(u"cmbdisc"_s)->currentText(), u"None"_s);
-        QVERIFY(bill()->findChild<QCheckBox*>(u"chkPrint"_s)->isChecked());
+            QCOMPARE(billPart(QString::fromLatin1(name))->text(), text);
+        QCOMPARE(billPart<QComboBox>(u"cmbdisc"_s)->currentText(), u"None"_s);
+        QVERIFY(billPart<QCheckBox>(u"chkPrint"_s)->isChecked());
         QCOMPARE(record(27).state, TerminalState::Billing);
         QCOMPARE(tile<QLabel>("lblState", 3)->text(), u"Billing"_s);
         QVERIFY(!tile("cmdStop", 3)->isEnabled());
@@ -266,27 +248,24 @@ private Q_SLOTS:
     void savingAsksFirst_data() {
         QTest::addColumn<Answer>("answer");
         QTest::addColumn<bool>("print");
-        QTest::newRow("no") << Answer::No << true;
-        QTest::newRow("yes, printed") << Answer::Yes << true;
-        QTest::newRow("yes, not printed") << Answer::Yes << false;
+        row("no", Answer::No, true);
+        row("yes, printed", Answer::Yes, true);
+        row("yes, not printed", Answer::Yes, false);
     }
     void savingAsksFirst() {
         QFETCH(Answer, answer);
         QFETCH(bool, print);
         TerminalClient& t = running(3);
         pass(45 * Minute);
-        tile<QPushButton>("cmdStop", 3)->click();
-        QPointer<QDialog> dialog = bill();
+        QPointer<QDialog> dialog = stop(3);
         QVERIFY(dialog);
-        QTest::keyClicks(dialog->findChild<QLineEdit*>(u"txtor"_s), u"12"_s);
-        dialog->findChild<QCheckBox*>(u"chkPrint"_s)->setChecked(print);
+        QTest::keyClicks(billPart(u"txtor"_s), u"12"_s);
+        billPart<QCheckBox>(u"chkPrint"_s)->setChecked(print);
         // The statement goes to a PDF file, never to a printer this machine may have.
-        PrinterChoice pdf;
-        pdf.kind = PrinterChoice::Kind::Pdf;
-        pdf.save(*fx->folder);
+        PrinterChoice{PrinterChoice::Kind::Pdf, {}, {}, {}}.save(*fx->folder);
         fx->prompts.clear();
         fx->prompts.answers = {answer};
-        billButton(u"cmdsave"_s)->click();
+        billPart<QPushButton>(u"cmdsave"_s)->click();
         const bool saved = answer == Answer::Yes;
         QStringList told = {u"Save Billing for this PC: 3?"_s};
         if (saved && print)
@@ -299,20 +278,17 @@ private Q_SLOTS:
         QCOMPARE(TerminalProbe::drain(t), saved ? (L{"CMTR", "OFPS"}) : L{});
         QCOMPARE(fx->scalar(u"SELECT COUNT(*) FROM TmpRvnD WHERE Amount = 15"_s).toInt(),
                  saved ? 1 : 0);
-        QFile log(console().billingLog().path(fx->clock.today()));
-        QCOMPARE(log.exists(), saved);
-        if (saved) {
-            QVERIFY(log.open(QIODevice::ReadOnly));
-            QVERIFY(log.readAll().contains(" 000012 09:00:00 00:45:00 "));
-        }
+        const QString log = console().billingLog().path(fx->clock.today());
+        QCOMPARE(QFile::exists(log), saved);
+        QCOMPARE(readFile(log).contains(" 000012 09:00:00 00:45:00 "), saved);
     }
 
     void closingTheBillLetsTheSessionGoOn_data() {
         QTest::addColumn<bool>("paused");
         QTest::addColumn<bool>("escape");
-        QTest::newRow("running, cmdclose") << false << false;
-        QTest::newRow("running, Escape") << false << true;
-        QTest::newRow("paused, cmdclose") << true << false;
+        row("running, cmdclose", false, false);
+        row("running, Escape", false, true);
+        row("paused, cmdclose", true, false);
     }
     void closingTheBillLetsTheSessionGoOn() {
         QFETCH(bool, paused);
@@ -321,72 +297,63 @@ private Q_SLOTS:
         if (paused)
             pausePc(console().sessionParts(), 3);
         TerminalProbe::drain(t);
-        tile<QPushButton>("cmdStop", 3)->click();
-        QPointer<QDialog> dialog = bill();
+        QPointer<QDialog> dialog = stop(3);
         QVERIFY(dialog);
         if (escape)
             QTest::keyClick(dialog, Qt::Key_Escape);
         else
-            billButton(u"cmdclose"_s)->click();
+            billPart<QPushButton>(u"cmdclose"_s)->click();
         QVERIFY(!dialog || !dialog->isVisible());
         QCOMPARE(record(3).state, paused ? TerminalState::Paused : TerminalState::Running);
         QVERIFY(record(3).logged);
         QCOMPARE(TerminalProbe::drain(t), L{});
         QVERIFY(tile("cmdStop", 3)->isEnabled());
+        // Its time goes on counting only when it runs.
+        pass(10 * Minute);
+        QCOMPARE(record(3).runningTime(fx->clock.tickCount()), paused ? 0 : 10 * Minute);
     }
 
-    void discountKeys_data() {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("digits and a point") << u"12.5"_s << u"12.5"_s;
-        QTest::newRow("a second point") << u"1.2.3"_s << u"1.23"_s;
-        QTest::newRow("letters, sign, blanks") << u"a1 -b2,"_s << u"12"_s;
-    }
-    void discountKeys() {
-        QFETCH(QString, typed);
-        QFETCH(QString, shown);
-        usePromo(u"Fix"_s, 0);
-        running(3);
-        tile<QPushButton>("cmdStop", 3)->click();
-        auto* disc = bill()->findChild<QLineEdit*>(u"txtdisc"_s);
-        disc->clear();
-        QTest::keyClicks(disc, typed);
-        QCOMPARE(disc->text(), shown);
-        QTest::keyClick(disc, Qt::Key_Backspace);
-        QCOMPARE(disc->text(), shown.chopped(1));
-    }
-
+    // At 20 an hour, the promo giving 5 an hour: "Per Hour" from one hour on, fractions
+    // counting; only "Fix" lets the operator type a discount, of digits and one point, the
+    // amount due then in plain decimals.
     void discountByPromo_data() {
         QTest::addColumn<QString>("type");
+        QTest::addColumn<int>("seconds");
         QTest::addColumn<QString>("typed");
-        QTest::addColumn<bool>("editable");
         QTest::addColumn<QString>("discount");
         QTest::addColumn<QString>("due");
-        // 90 minutes at 20 an hour: 30.00; the promo gives 5 an hour.
-        QTest::newRow("Fix, typed") << u"Fix"_s << u"7.5"_s << true << u"7.5"_s << u" 22.5"_s;
-        QTest::newRow("Per Hour") << u"Per Hour"_s << QString() << false << u"7.5"_s << u"22.50"_s;
-        QTest::newRow("None") << u"None"_s << QString() << false << u"0"_s << u"30.00"_s;
+        row("Fix, typed", "Fix", 5400, "7.5", "7.5", " 22.5");
+        row("Fix, a second point", "Fix", 5400, "1.2.3", "1.23", " 28.77");
+        row("Fix, letters, sign, blanks", "Fix", 5400, "a1 -b2,", "12", " 18");
+        row("Fix, more than due", "Fix", 5400, "33.25", "33.25", "-3.25");
+        row("Per Hour, 1.50 h", "Per Hour", 5400, "", "7.5", "22.50");
+        row("Per Hour, 0.99 h", "Per Hour", 3564, "", "0", "19.80");
+        row("None", "None", 5400, "", "0", "30.00");
     }
     void discountByPromo() {
         QFETCH(QString, type);
+        QFETCH(int, seconds);
         QFETCH(QString, typed);
-        QFETCH(bool, editable);
         QFETCH(QString, discount);
         QFETCH(QString, due);
         usePromo(type, 5);
         running(3);
-        pass(90 * Minute);
-        tile<QPushButton>("cmdStop", 3)->click();
-        auto* disc = bill()->findChild<QLineEdit*>(u"txtdisc"_s);
-        QCOMPARE(disc->isEnabled(), editable);
-        QCOMPARE(bill()->findChild<QComboBox*>(u"cmbdisc"_s)->currentText(), type);
-        if (editable) {
+        pass(seconds * 1000);
+        QVERIFY(stop(3));
+        auto* disc = billPart(u"txtdisc"_s);
+        QCOMPARE(disc->isEnabled(), type == u"Fix"_s);
+        QCOMPARE(billPart<QComboBox>(u"cmbdisc"_s)->currentText(), type);
+        if (disc->isEnabled()) {
             QTest::keyClick(disc, Qt::Key_End);
             QTest::keyClick(disc, Qt::Key_Backspace);
             QTest::keyClicks(disc, typed);
         }
         QCOMPARE(disc->text(), discount);
-        QCOMPARE(billField(u"txtAmountDue"_s), due);
+        QCOMPARE(billPart(u"txtAmountDue"_s)->text(), due);
+        if (disc->isEnabled()) {
+            QTest::keyClick(disc, Qt::Key_Backspace);
+            QCOMPARE(disc->text(), discount.chopped(1));
+        }
     }
 
     void theViewStaysWhileASessionIsOpen() {
@@ -397,26 +364,26 @@ private Q_SLOTS:
         QCOMPARE(fx->prompts.texts(),
                  QStringList{u"Application can't exit if there is an active terminal"_s});
         // Nor does the console close.
-        QSignalSpy closing(window.get(), &MainWindow::applicationClosing);
-        window->close();
+        QSignalSpy closing(fx->frame.get(), &MainWindow::applicationClosing);
+        fx->frame->close();
         QCOMPARE(closing.count(), 0);
-        QVERIFY(window->isVisible());
-        tile<QPushButton>("cmdStop", 2)->click();
-        billButton(u"cmdsave"_s)->click();
+        QVERIFY(fx->frame->isVisible());
+        stop(2);
+        billPart<QPushButton>(u"cmdsave"_s)->click();
         QVERIFY(sub->close());
     }
 
     void unlockingIsForAnAdmin_data() {
         QTest::addColumn<QString>("type");
         QTest::addColumn<bool>("enabled");
-        QTest::newRow("Admin") << u"Admin"_s << true;
-        QTest::newRow("admin") << u"admin"_s << false; // the case counts
-        QTest::newRow("User") << u"User"_s << false;
+        row("Admin", "Admin", true);
+        row("admin", "admin", false); // the case counts
+        row("User", "User", false);
     }
     void unlockingIsForAnAdmin() {
         QFETCH(QString, type);
         QFETCH(bool, enabled);
-        terminals[6] = probe->online(6, u"127.0.0.6"_s);
+        online(6);
         running(7);
         console().currentOperator().type = type;
         board()->tick(); // a switch of operator shows at the next tick
@@ -429,36 +396,32 @@ private Q_SLOTS:
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QStringList>("told");
         QTest::addColumn<L>("sent");
-        QTest::newRow("right, any case") << u"PW"_s << QStringList{} << L{"FREE Dummy Text"};
-        QTest::newRow("wrong") << u"pass"_s << QStringList{u"Access Denied.."_s} << L{};
-        QTest::newRow("nothing") << QString() << QStringList{} << L{};
+        row("right, any case", "PW", QStringList{}, L{"FREE Dummy Text"});
+        row("wrong", "pass", QStringList{u"Access Denied.."_s}, L{});
+        row("nothing", QString(), QStringList{}, L{});
     }
     void unlockAsksThePassword() {
         QFETCH(QString, typed);
         QFETCH(QStringList, told);
         QFETCH(L, sent);
         showPage(2);
-        auto t = probe->online(27, u"127.0.0.27"_s);
-        QVERIFY(t);
-        TerminalProbe::drain(*t);
+        TerminalClient& t = online(27);
         fx->prompts.inputs = {typed};
         tile<QPushButton>("cmdFree", 3)->click();
         const auto& box = fx->prompts.shown.first().box;
-        QCOMPARE(box.mode, u"Input"_s);
-        QCOMPARE(box.title, u"Input"_s);
-        QCOMPARE(box.text, u"Administrative previlege required to unlock PC:27"_s);
-        QCOMPARE(box.extra, u"Please enter administrator password"_s);
-        QCOMPARE(box.passwordChar, u'@');
+        QCOMPARE(QStringList({box.mode, box.title, box.text, box.extra, box.passwordChar}),
+                 QStringList({"Input", "Input", "Administrative previlege required to unlock PC:27",
+                              "Please enter administrator password", "@"}));
         QCOMPARE(fx->prompts.texts().mid(1), told);
-        QCOMPARE(TerminalProbe::drain(*t), sent);
+        QCOMPARE(TerminalProbe::drain(t), sent);
         QCOMPARE(tile<QLabel>("lblState", 3)->text(), sent.isEmpty() ? u"Idle"_s : u"Free use"_s);
     }
 
     void clickingANumber_data() {
         QTest::addColumn<bool>("busy");
         QTest::addColumn<QString>("told");
-        QTest::newRow("free") << false << u"PC Number : 27"_s;
-        QTest::newRow("in use") << true << u"This pc is already logged."_s;
+        row("free", false, "PC Number : 27");
+        row("in use", true, "This pc is already logged.");
     }
     void clickingANumber() {
         QFETCH(bool, busy);
@@ -475,8 +438,8 @@ private Q_SLOTS:
     void logOutFromTheListBillsTheTilePosition_data() {
         QTest::addColumn<int>("page");
         QTest::addColumn<QString>("rentals");
-        QTest::newRow("PC 27's own, page 2 shown") << 2 << u"15.00"_s;
-        QTest::newRow("PC 3's, page 1 shown") << 1 << u"20.00"_s;
+        row("PC 27's own, page 2 shown", 2, "15.00");
+        row("PC 3's, page 1 shown", 1, "20.00");
     }
     void logOutFromTheListBillsTheTilePosition() {
         QFETCH(int, page);
@@ -486,11 +449,12 @@ private Q_SLOTS:
         running(27);
         pass(45 * Minute); // PC 27: 45 minutes, 15.00; PC 3: an hour, 20.00
         showPage(page);
-        popUpOn(27);
-        window->action(u"mnuplogout"_s)->trigger();
+        auto* list = fx->frame->findChild<QListView*>(u"lstTerminals"_s);
+        list->setCurrentIndex(list->model()->index(27 - 1, 0));
+        fx->frame->action(u"mnuplogout"_s)->trigger();
         QVERIFY(bill());
-        QCOMPARE(bill()->findChild<QLabel*>(u"lblpcno"_s)->text(), u"27"_s);
-        QCOMPARE(billField(u"txtTotalRentG"_s), rentals);
+        QCOMPARE(billPart<QLabel>(u"lblpcno"_s)->text(), u"27"_s);
+        QCOMPARE(billPart(u"txtTotalRentG"_s)->text(), rentals);
         QCOMPARE(record(27).state, TerminalState::Billing);
     }
 };

@@ -13,15 +13,6 @@
 
 namespace {
 
-Prompts::ConsoleBox consoleBox(const char* mode, int ms, QChar mask = {}, bool modal = true) {
-    Prompts::ConsoleBox box;
-    box.mode = QString::fromLatin1(mode);
-    box.closeAfterMs = ms;
-    box.passwordChar = mask;
-    box.modal = modal;
-    return box;
-}
-
 template <typename T> T* part(QWidget& w, const char* name) {
     return w.findChild<T*>(QString::fromLatin1(name));
 }
@@ -42,7 +33,7 @@ private Q_SLOTS:
         QFETCH(qint32, openedAt);
         ManualClock clock(openedAt);
         ConsoleBoxDialog dialog(clock);
-        dialog.setBox(consoleBox("Message", 5000));
+        dialog.setBox({.mode = "Message", .closeAfterMs = 5000});
         dialog.show();
         QVERIFY(!part<QLineEdit>(dialog, "txtInput")->isVisible());
         auto* ok = part<QPushButton>(dialog, "Label1");
@@ -80,11 +71,11 @@ private Q_SLOTS:
         ManualClock clock;
         ConsoleBoxDialog dialog(clock);
         auto* txtInput = part<QLineEdit>(dialog, "txtInput");
-        dialog.setBox(consoleBox("Input", 0, QLatin1Char('#')));
+        dialog.setBox({.mode = "Input", .passwordChar = u'#'});
         dialog.show();
         QTest::keyClicks(txtInput, QStringLiteral("left over"));
         // A box on screen opens again as the new one: nothing typed or masked carries over.
-        dialog.setBox(consoleBox("Input", 5000, mask));
+        dialog.setBox({.mode = "Input", .closeAfterMs = 5000, .passwordChar = mask});
         // An input never closes by itself, whatever time it is given.
         QVERIFY(!part<QTimer>(dialog, "Timer1")->isActive());
         QTest::keyClicks(txtInput, typed);
@@ -117,7 +108,7 @@ private Q_SLOTS:
         // Boxes and notices from timers and terminals never pile up windows.
         for (int i = 0; i < 1000; ++i) {
             if (i % 100 == 0)
-                QCOMPARE(prompts.consoleBox(consoleBox("Message", 5000, {}, false)), QString());
+                QCOMPARE(prompts.consoleBox({.closeAfterMs = 5000, .modal = false}), QString());
             prompts.notice(QStringLiteral("EMT %1").arg(i), "PC 3", Prompts::Icon::Information);
         }
         QStringList shown;

@@ -22,6 +22,13 @@ class OperatorCommandsTest : public QObject {
     Console& console() { return *fx->console; }
     const SessionParts& parts() { return console().sessionParts(); }
     TerminalProbe& probe() { return fx->probe(); }
+    // A terminal on line as the PC with a session the operator started for the member.
+    std::unique_ptr<TerminalClient> session(int pc, const char* cid = "ID-00001") {
+        auto t = probe().online(pc);
+        if (!t || !probe().assign(*t, pc, QString::fromLatin1(cid)))
+            qFatal("no session on PC %d", pc);
+        return t;
+    }
     QString rowValue(const QString& columns, int pc) {
         return fx
             ->scalar(QStringLiteral("SELECT %1 FROM templog WHERE aindex = ?").arg(columns), {pc})
@@ -63,8 +70,7 @@ private Q_SLOTS:
         QVERIFY(other);
         const TerminalRecord before = fx->record(3);
         command(parts(), 3);
-        QCOMPARE(fx->prompts.shown.size(), 1);
-        QCOMPARE(fx->prompts.last()->text, text);
+        QCOMPARE(fx->prompts.texts(), QStringList{text});
         QCOMPARE(fx->prompts.last()->title, title);
         QCOMPARE(fx->prompts.last()->icon, icon);
         QCOMPARE(fx->record(3).state, before.state);
@@ -77,9 +83,7 @@ private Q_SLOTS:
     // time, its bank and its tile's time limit; paused time is never charged, and the wall
     // clock plays no part.
     void pauseAndResume() {
-        auto t = probe().online(30);
-        QVERIFY(t);
-        QVERIFY(probe().assign(*t, 30, QStringLiteral("ID-00001")));
+        auto t = session(30);
         console().timeLimits().setLimit(6, QStringLiteral("90")); // PC 30 sits on tile 6
         fx->clock.advance(60000);
         pausePc(parts(), 30);
@@ -160,9 +164,7 @@ private Q_SLOTS:
         QFETCH(QString, minutes);
         QFETCH(QString, raised);
         QFETCH(int, tile);
-        auto t = probe().online(pc);
-        QVERIFY(t);
-        QVERIFY(probe().assign(*t, pc, QStringLiteral("ID-00003")));
+        auto t = session(pc, "ID-00003");
         console().terminals().edit(pc)->timeLimit = limit;
         extendPcMinutes(parts(), pc, minutes);
         QCOMPARE(fx->record(pc).timeLimit, raised);
@@ -175,13 +177,11 @@ private Q_SLOTS:
         }
         QCOMPARE(console().timeLimits().limit(tile), raised);
         QCOMPARE(TerminalProbe::drain(*t), L{"TLMT " + raised.toUtf8()});
-        const auto* box = fx->prompts.last();
-        QVERIFY(box);
-        QCOMPARE(box->kind, QStringLiteral("box"));
-        QCOMPARE(box->title, QStringLiteral("Message"));
-        QCOMPARE(box->text, QStringLiteral("Calculating new time limit"));
-        QCOMPARE(box->box.extra, QStringLiteral("Extend time to ") + minutes);
-        QVERIFY(box->box.closeAfterMs > 0);
+        const auto& box = fx->prompts.shown.value(0);
+        QCOMPARE(QStringList({box.kind, box.title, box.text, box.box.extra}),
+                 QStringList({"box", "Message", "Calculating new time limit",
+                              "Extend time to " + minutes}));
+        QVERIFY(box.box.closeAfterMs > 0);
     }
 
     // Maintenance of all PCs asks first; a yes sends the word to every PC on line but those
@@ -193,11 +193,9 @@ private Q_SLOTS:
     }
     void maintainAllAsksAndSkipsPendingTransactions() {
         QFETCH(bool, yes);
-        std::unique_ptr<TerminalClient> t[5];
-        for (int pc = 1; pc <= 4; ++pc)
-            QVERIFY(t[pc] = probe().online(pc));
-        QVERIFY(probe().assign(*t[1], 1, QStringLiteral("ID-1")));
-        QVERIFY(probe().assign(*t[2], 2, QStringLiteral("ID-2")));
+        std::unique_ptr<TerminalClient> t[5] = {nullptr, session(1, "ID-1"), session(2, "ID-2"),
+                                                probe().online(3), probe().online(4)};
+        QVERIFY(t[3] && t[4]);
         console().terminals().edit(2)->state = TerminalState::Paused;
         console().terminals().edit(3)->state = TerminalState::Billing;
         console().terminals().edit(6)->state = TerminalState::Free; // down: nothing to send to

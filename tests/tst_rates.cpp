@@ -1,18 +1,15 @@
 // The rates window and the promo list, driven through their controls on a real database:
 // what Apply puts in force and writes, what the grids write, and what is refused.
-#include "support/console_fixture.h"
+#include "support/files.h"
+#include "support/frame_fixture.h"
 #include "support/terminal_probe.h"
-#include "ui/main_window.h"
 
 #include <QSqlRecord>
 #include <QtTest>
 #include <QtWidgets>
 
-#include <array>
-
 using namespace Qt::StringLiterals;
 using Answer = Prompts::Answer;
-Q_DECLARE_METATYPE(Prompts::Answer)
 
 namespace {
 
@@ -24,31 +21,23 @@ const QString Updated = u"Services table & Tarvo QRB  rates has been refreshed\r
 class RatesTest : public QObject {
     Q_OBJECT
 
-    std::unique_ptr<ConsoleFixture> fx;
-    std::unique_ptr<MainWindow> frame;
+    std::unique_ptr<FrameFixture> fx;
 
     Console& console() { return *fx->console; }
     Rates& rates() { return console().rates(); }
     template <typename T = QWidget> T* find(const QString& name) {
-        return frame->findChild<T*>(name);
-    }
-    QTableView* grid(const QString& window) {
-        return find<QWidget>(window)->findChild<QTableView*>();
+        return fx->frame->findChild<T*>(name);
     }
 
-    // A fresh console on the same database, as at the next start.
+    // A fresh console and frame on the same database, as at the next start.
     void restart() {
-        frame.reset();
-        fx->prompts.clear();
+        fx->frame.reset();
         fx->console.reset(); // a console started again reads everything afresh
-        fx->start();
-        console().currentOperator() = {u"ANA"_s, u"Admin"_s, u"pw"_s};
-        frame = std::make_unique<MainWindow>(console());
-        frame->setModalShowsBlock(false);
-        frame->show();
+        fx->prompts.clear();
+        QVERIFY(fx->show(u"Admin"_s));
     }
     QDialog* openRates(const QString& command = u"mnuRateS"_s) {
-        frame->action(command)->trigger();
+        fx->frame->action(command)->trigger();
         return find<QDialog>(u"RatesSrv"_s);
     }
     QDialog* openPromos() {
@@ -70,12 +59,7 @@ class RatesTest : public QObject {
         auto* editor = view->viewport()->findChild<QLineEdit*>();
         QVERIFY(editor);
         editor->selectAll();
-        for (const QChar c : keys) {
-            if (c == u'\b')
-                QTest::keyClick(editor, Qt::Key_Backspace);
-            else
-                QTest::keyClicks(editor, QString(c));
-        }
+        QTest::keyClicks(editor, keys);
         QTest::keyClick(editor, Qt::Key_Return);
         QCoreApplication::sendPostedEvents(); // the view commits the edit queued
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -112,44 +96,35 @@ class RatesTest : public QObject {
 
 private Q_SLOTS:
     void init() {
-        fx = std::make_unique<ConsoleFixture>();
+        fx = std::make_unique<FrameFixture>();
         fx->start();
         fx->exec(u"INSERT INTO services (Description, Amount) VALUES ('Scan', 10), ('Print', 5)"_s);
         fx->exec(u"INSERT INTO promos (ddtls, drange, dtype, Amount) VALUES "
                  "('Summer', 'June', 'Per Hour', 5), ('Student', 'All year', 'Fix', 0)"_s);
         restart();
     }
-    void cleanup() {
-        frame.reset();
-        fx.reset();
-    }
+    void cleanup() { fx.reset(); }
 
     void applyPutsTheSettingsInForce_data() {
         QTest::addColumn<QString>("command");
-        QTest::addColumn<int>("rows");          // in the rates table before
-        QTest::addColumn<QStringList>("typed"); // txtrph, txtmina, cmbMtime
-        QTest::addColumn<QByteArray>("reply");  // to the terminal's next "RTS"
-        QTest::addColumn<QString>("stored");    // RPH/mina/mint of each row
-        QTest::newRow("rate 25") << u"mnuRateS"_s << 1 << QStringList{"25", "10", "30"}
-                                 << "SRPH 25.:30.;10."_ba << u"25.0/10.0/30"_s;
+        QTest::addColumn<int>("rows");         // in the rates table before
+        QTest::addColumn<QString>("typed");    // txtrph, txtmina, cmbMtime
+        QTest::addColumn<QByteArray>("reply"); // to the terminal's next "RTS"
+        QTest::addColumn<QString>("stored");   // RPH/mina/mint of each row
+        row("rate 25", "mnuRateS", 1, "25 10 30", "SRPH 25.:30.;10."_ba, "25.0/10.0/30");
         // What a charge reads (rate and minimum) stays as it was.
-        QTest::newRow("minutes alone") << u"tbar4"_s << 1 << QStringList{"20", "10", "120"}
-                                       << "SRPH 20.:120.;10."_ba << u"20.0/10.0/120"_s;
-        QTest::newRow("fractions") << u"tbar4"_s << 1 << QStringList{"12.5", "7.25", "44.6"}
-                                   << "SRPH 12.5:45.;7.25"_ba << u"12.5/7.25/45"_s;
-        QTest::newRow("grouped texts read their leading number")
-            << u"mnuRateS"_s << 1 << QStringList{"1,234.50", "1,000", "30"} << "SRPH 1.:30.;1."_ba
-            << u"1.0/1.0/30"_s;
-        QTest::newRow("empty table") << u"mnuRateS"_s << 0 << QStringList{"25", "15", "45"}
-                                     << "SRPH 25.:45.;15."_ba << u"25.0/15.0/45"_s;
-        QTest::newRow("two rows: the first is the one read")
-            << u"mnuRateS"_s << 2 << QStringList{"25", "15", "45"} << "SRPH 25.:45.;15."_ba
-            << u"25.0/15.0/45 31.0/10.0/30"_s;
+        row("minutes alone", "tbar4", 1, "20 10 120", "SRPH 20.:120.;10."_ba, "20.0/10.0/120");
+        row("fractions", "tbar4", 1, "12.5 7.25 44.6", "SRPH 12.5:45.;7.25"_ba, "12.5/7.25/45");
+        row("grouped texts read their leading number", "mnuRateS", 1, "1,234.50 1,000 30",
+            "SRPH 1.:30.;1."_ba, "1.0/1.0/30");
+        row("empty table", "mnuRateS", 0, "25 15 45", "SRPH 25.:45.;15."_ba, "25.0/15.0/45");
+        row("two rows: the first is the one read", "mnuRateS", 2, "25 15 45", "SRPH 25.:45.;15."_ba,
+            "25.0/15.0/45 31.0/10.0/30");
     }
     void applyPutsTheSettingsInForce() {
         QFETCH(QString, command);
         QFETCH(int, rows);
-        QFETCH(QStringList, typed);
+        QFETCH(QString, typed);
         QFETCH(QByteArray, reply);
         QFETCH(QString, stored);
         fx->exec(u"DELETE FROM rates"_s);
@@ -163,9 +138,11 @@ private Q_SLOTS:
         QCOMPARE(find<QLineEdit>(u"txtrph"_s)->text(), u"20"_s);
         QCOMPARE(find<QLineEdit>(u"txtmina"_s)->text(), u"10"_s);
         QCOMPARE(find<QComboBox>(u"cmbMtime"_s)->currentText(), u"30"_s);
-        QCOMPARE(grid(u"RatesSrv"_s)->columnWidth(0), 3000 * frame->logicalDpiX() / 1440);
+        QCOMPARE(find(u"RatesSrv"_s)->findChild<QTableView*>()->columnWidth(0),
+                 3000 * fx->frame->logicalDpiX() / 1440);
 
-        apply(typed[0], typed[1], typed[2]);
+        const QStringList values = typed.split(u' ');
+        apply(values[0], values[1], values[2]);
         QCOMPARE(fx->prompts.texts(), QStringList{Updated});
         QCOMPARE(fx->prompts.last()->title, u"Updated"_s);
         QCOMPARE(fx->prompts.last()->icon, Prompts::Icon::Information);
@@ -186,18 +163,15 @@ private Q_SLOTS:
     void promoListHasItsBuiltInEntryFirst_data() {
         QTest::addColumn<int>("promos");
         QTest::addColumn<QStringList>("names");
-        QTest::addColumn<QStringList>("fields"); // amount, range, type of each entry
-        QTest::newRow("three promos")
-            << 3 << QStringList{"No Discount", "Happy hour", "Student", "Loyal"}
-            << QStringList{"0.00", "None",     "None", "5.00",    "2-5 PM",   "Per Hour",
-                           "0.50", "Weekdays", "Fix",  "1234.50", "All year", "None"};
-        QTest::newRow("none") << 0 << QStringList{"None Defined"}
-                              << QStringList{"0.00", "None", "None"};
+        QTest::addColumn<QString>("fields"); // amount, range, type of each entry
+        row("three promos", 3, QStringList{"No Discount", "Happy hour", "Student", "Loyal"},
+            "0.00|None|None|5.00|2-5 PM|Per Hour|0.50|Weekdays|Fix|1234.50|All year|None");
+        row("none", 0, QStringList{"None Defined"}, "0.00|None|None");
     }
     void promoListHasItsBuiltInEntryFirst() {
         QFETCH(int, promos);
         QFETCH(QStringList, names);
-        QFETCH(QStringList, fields);
+        QFETCH(QString, fields);
         fx->exec(u"DELETE FROM promos"_s);
         const QList<QVariantList> rows = {{"Happy hour", "2-5 PM", "Per Hour", 5},
                                           {"Student", "Weekdays", "Fix", 0.5},
@@ -212,13 +186,13 @@ private Q_SLOTS:
             listed << combo->itemText(i);
         QCOMPARE(listed, names);
         QCOMPARE(combo->currentIndex(), 0);
+        QStringList shown;
         for (int i = names.size() - 1; i >= 0; --i) {
             combo->setCurrentIndex(i);
-            QCOMPARE(QStringList({find<QLineEdit>(u"txtpamnt"_s)->text(),
-                                  find<QLineEdit>(u"txtprange"_s)->text(),
-                                  find<QLineEdit>(u"txtptype"_s)->text()}),
-                     fields.mid(3 * i, 3));
+            for (const char* field : {"txtptype", "txtprange", "txtpamnt"})
+                shown.prepend(find<QLineEdit>(QString::fromLatin1(field))->text());
         }
+        QCOMPARE(shown.join(u'|'), fields);
         combo->setCurrentIndex(names.size() - 1);
         apply(u"20"_s, u"10"_s, u"30"_s);
         QCOMPARE(rates().promoInForce(), int(names.size()) - 1);
@@ -227,7 +201,7 @@ private Q_SLOTS:
 
     void gridEditsReachTheListsWhenTheirTimeComes() {
         openRates();
-        QTableView* services = grid(u"RatesSrv"_s);
+        QTableView* services = find(u"RatesSrv"_s)->findChild<QTableView*>();
         typeInto(services, 2, 0, u"Burn CD"_s); // the blank row takes a new service
         typeInto(services, 2, 1, u"25"_s);
         typeInto(services, 0, 1, u"6"_s); // "Print" is listed first
@@ -264,13 +238,13 @@ private Q_SLOTS:
         QTest::addColumn<int>("column");
         QTest::addColumn<QString>("keys");
         QTest::addColumn<QString>("stored");
-        QTest::newRow("promo amount") << u"frmlp"_s << 3 << u"12.50"_s << u"12.5"_s;
-        QTest::newRow("letters dropped") << u"frmlp"_s << 3 << u"1a2b.5"_s << u"12.5"_s;
-        QTest::newRow("no sign or blank") << u"frmlp"_s << 3 << u"- 3"_s << u"3"_s;
-        QTest::newRow("no grouping") << u"frmlp"_s << 3 << u"7,5"_s << u"75"_s;
-        QTest::newRow("backspace edits") << u"frmlp"_s << 3 << u"129\b"_s << u"12"_s;
-        QTest::newRow("service amount") << u"RatesSrv"_s << 1 << u"4O5"_s << u"45"_s;
-        QTest::newRow("text column") << u"frmlp"_s << 0 << u"Pay-1, get 2"_s << u"Pay-1, get 2"_s;
+        row("promo amount", "frmlp", 3, "12.50", "12.5");
+        row("letters dropped", "frmlp", 3, "1a2b.5", "12.5");
+        row("no sign or blank", "frmlp", 3, "- 3", "3");
+        row("no grouping", "frmlp", 3, "7,5", "75");
+        row("backspace edits", "frmlp", 3, "129\b", "12");
+        row("service amount", "RatesSrv", 1, "4O5", "45");
+        row("text column", "frmlp", 0, "Pay-1, get 2", "Pay-1, get 2");
     }
     void numericColumnsTakeOnlyNumberKeys() {
         QFETCH(QString, window);
@@ -278,11 +252,12 @@ private Q_SLOTS:
         QFETCH(QString, keys);
         QFETCH(QString, stored);
         openRates();
-        QWidget* w = window == u"frmlp"_s ? openPromos() : find(window);
+        const bool promos = window == u"frmlp"_s;
+        QWidget* w = promos ? openPromos() : find(window);
         typeInto(w->findChild<QTableView*>(), 2, column, keys); // a new record
-        const QString table = window == u"frmlp"_s ? u"promos"_s : u"services"_s;
-        const QString field = column == 0 ? u"ddtls"_s : u"Amount"_s;
-        QCOMPARE(fx->scalar(u"SELECT %1 FROM %2 ORDER BY rowid DESC LIMIT 1"_s.arg(field, table))
+        QCOMPARE(fx->scalar(u"SELECT %1 FROM %2 ORDER BY rowid DESC LIMIT 1"_s.arg(
+                                column == 0 ? u"ddtls"_s : u"Amount"_s,
+                                promos ? u"promos"_s : u"services"_s))
                      .toString(),
                  stored);
     }
@@ -296,31 +271,24 @@ private Q_SLOTS:
         QTest::addColumn<QString>("told");    // title: part of the text
         const char* const apostrophe = "Not saved: apostrophe";
         const char* const diskSaysNo = "Database error: disk says no";
-        // clang-format off
-        const std::array<const char*, 5> rows[] = {
-            {"no to a service deletion", "", "delete RatesSrv", "No",
-             "Remove record?: Delete current Service?"},
-            {"no to a promo deletion", "", "delete frmlp", "No",
-             "Remove record?: Delete current record?"},
-            {"' in txtrph", "", "txtrph", "2'5", apostrophe},
-            {"' in txtmina", "", "txtmina", "1'0", apostrophe},
-            {"' in cmbMtime", "", "cmbMtime", "3'0", apostrophe},
-            {"' in a service", "", "RatesSrv 0 0", "Kid's", apostrophe},
-            {"' in a new promo", "", "frmlp 2 0", "Mom's day", apostrophe},
-            {"' in a promo type", "", "frmlp 0 2", "Fix'", apostrophe},
-            {"rate too large", "", "txtrph", "99999999999", "Not saved: too large"},
-            {"rates row fails", "fail UPDATE rates", "txtrph", "25", diskSaysNo},
-            {"services unreadable", "ALTER TABLE services RENAME COLUMN Amount TO Price",
-             "txtrph", "25", "Database error: Amount"},
-            {"service change fails", "fail UPDATE services", "RatesSrv 0 1", "99", diskSaysNo},
-            {"promo insert fails", "fail INSERT promos", "frmlp 2 0", "Night", diskSaysNo},
-            {"service delete fails", "fail DELETE services", "delete RatesSrv", "", diskSaysNo},
-            {"promo delete fails", "fail DELETE promos", "delete frmlp", "", diskSaysNo},
-        };
-        // clang-format on
-        for (const auto& r : rows)
-            QTest::newRow(r[0]) << QString::fromUtf8(r[1]) << QString::fromUtf8(r[2])
-                                << QString::fromUtf8(r[3]) << QString::fromUtf8(r[4]);
+        row("no to a service deletion", "", "delete RatesSrv", "No",
+            "Remove record?: Delete current Service?");
+        row("no to a promo deletion", "", "delete frmlp", "No",
+            "Remove record?: Delete current record?");
+        row("' in txtrph", "", "txtrph", "2'5", apostrophe);
+        row("' in txtmina", "", "txtmina", "1'0", apostrophe);
+        row("' in cmbMtime", "", "cmbMtime", "3'0", apostrophe);
+        row("' in a service", "", "RatesSrv 0 0", "Kid's", apostrophe);
+        row("' in a new promo", "", "frmlp 2 0", "Mom's day", apostrophe);
+        row("' in a promo type", "", "frmlp 0 2", "Fix'", apostrophe);
+        row("rate too large", "", "txtrph", "99999999999", "Not saved: too large");
+        row("rates row fails", "fail UPDATE rates", "txtrph", "25", diskSaysNo);
+        row("services unreadable", "ALTER TABLE services RENAME COLUMN Amount TO Price", "txtrph",
+            "25", "Database error: Amount");
+        row("service change fails", "fail UPDATE services", "RatesSrv 0 1", "99", diskSaysNo);
+        row("promo insert fails", "fail INSERT promos", "frmlp 2 0", "Night", diskSaysNo);
+        row("service delete fails", "fail DELETE services", "delete RatesSrv", "", diskSaysNo);
+        row("promo delete fails", "fail DELETE promos", "delete frmlp", "", diskSaysNo);
     }
     void refusalsChangeNothing() {
         QFETCH(QString, failure);
@@ -358,8 +326,7 @@ private Q_SLOTS:
         }
         const auto* last = fx->prompts.last();
         QVERIFY(last);
-        const QString title = told.section(u": "_s, 0, 0);
-        QCOMPARE(last->title, title);
+        QCOMPARE(last->title, told.section(u": "_s, 0, 0));
         QVERIFY2(last->text.contains(told.section(u": "_s, 1)), qPrintable(last->text));
         if (words.first() == u"delete"_s) {
             const auto& asked = fx->prompts.shown.first();

@@ -161,14 +161,6 @@ private Q_SLOTS:
                  QStringLiteral("Not listening: terminals cannot connect"));
     }
 
-    void ratesAreSentMasked() {
-        console().rates().setValues(120, Money::fromUnits(72500), 45);
-        auto t = probe().connect();
-        QVERIFY(t);
-        t->requestRates();
-        QCOMPARE(t->takeMessage(), QByteArray("SRPH 120.:45.;7.25"));
-    }
-
     // A lost connection, closed or reset, keeps its registry row, off. A running session is
     // paused with the banked time replaced by now - TickStart: 60000, not 5000 + 60000; a
     // paused one keeps what it had, and nothing is logged. Back again, the terminal takes
