@@ -4,7 +4,11 @@
 #include "billing/board_window.h"
 #include "billing/rates_window.h"
 #include "console/console.h"
+#include "people/ip_table_window.h"
+#include "people/listing_window.h"
 #include "people/log_in_dialog.h"
+#include "people/log_on_dialog.h"
+#include "people/peek_window.h"
 #include "server/operator_commands.h"
 #include "ui/about_dialog.h"
 #include "ui/main_window.h"
@@ -65,10 +69,13 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
         };
     };
     const auto none = std::nullopt;
+    const auto ipTable = [&f, &c] {
+        openIpTable(c, f);
+    };
     return {
         // The main menu.
         {"mnuCset", "Clients &Section", "members", none, later("The members register")},
-        {"mnuPCTerm", "Terminal Attachment Infos", "registry", none, later("The IP table")},
+        {"mnuPCTerm", "Terminal Attachment Infos", "registry", none, ipTable},
         {"mnuRateS", "Tarvo System Settings", "rates", Admin::SettingsMenu,
          [&f, &c] {
              openRatesSettings(c, f);
@@ -76,7 +83,13 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
         {"mnuuser", "System Users for Tarvo", "accounts", Admin::AccountsMenu,
          later("The system user maintenance")},
         {"mnuBkDB", "Back-Up Database", {}, none, later("The database backup")},
-        {"mnuTxtview", "Message Archiver", {}, none, later("The message archiver")},
+        {"mnuTxtview",
+         "Message Archiver",
+         {},
+         none,
+         [&f] {
+             f.showMessages(true);
+         }},
         {"mnuPrinter", "Tarvo Printer Setup", "printer", none,
          [&f, &c] {
              openPrinterSetup(c, f);
@@ -106,7 +119,7 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
         {"mnuEarn", "&What we gather today", "sales", none, later("Today's sales")},
         {"mnuSDate", "&Retro Reports", {}, none, later("The date report")},
         {"mnuClist", "Clients we Currently Have", {}, none, later("The members list")},
-        {"mnuTinfo", "Terminal Attachment Information ", {}, none, later("The IP table")},
+        {"mnuTinfo", "Terminal Attachment Information ", {}, none, ipTable},
         {"mnumanual",
          "Tarvo Systems Manual",
          {},
@@ -132,9 +145,14 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
          "Assign this PC to client",
          {},
          none,
-         [&f, &parts] {
-             if (mayAssignPc(parts, f.selectedPc()))
-                 f.notAvailable(QStringLiteral("The log-on dialog"));
+         [&f, &c, &parts] {
+             const int pc = f.selectedPc();
+             if (!mayAssignPc(parts, pc))
+                 return;
+             const QString number = QString::number(pc);
+             openLogOnDialog(
+                 c, f,
+                 {pc, QStringLiteral("TRM-") + number, QStringLiteral("WALK-IN ON TRM ") + number});
          }},
         {"mnuplock", "Lock Client PC", {}, none, onPc(&lockPc)},
         {"mnupulock", "Unlock Client PC", {}, Admin::TerminalUnlock, onPc(&unlockPc)},
@@ -160,13 +178,20 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
          "Show Client PC Processes",
          {},
          Admin::TerminalPeek,
-         [&f, &parts] {
-             if (socketForPeek(parts, f.selectedPc()) >= 0)
-                 f.notAvailable(QStringLiteral("The process viewer"));
+         [&f, &c, &parts] {
+             const int pc = f.selectedPc();
+             if (const int socket = socketForPeek(parts, pc); socket >= 0)
+                 openPeek(c, f, pc, socket);
          }},
         // Toolbar buttons that no menu item shares.
-        {"tbar1", "Terminal Listing", "listing", none, later("The terminal listing")},
-        {"tbar2", "Assign a PC to a Client", "logon", none, later("The log-on dialog")},
+        {"tbar1", "Terminal Listing", "listing", none,
+         [&f, &c] {
+             openListing(c, f, c.nofpc());
+         }},
+        {"tbar2", "Assign a PC to a Client", "logon", none,
+         [&f, &c] {
+             openLogOnDialog(c, f);
+         }},
         {"tbar3", "Active Terminal View", "board", none,
          [&f, &c] {
              openBoard(c, f);

@@ -2,11 +2,15 @@
 
 #include "base/text.h"
 #include "console/console.h"
+#include "people/log_on_dialog.h"
+#include "people/message_log_model.h"
+#include "people/message_window.h"
 #include "server/session_clock.h"
 #include "ui/accessibility.h"
 #include "ui/backdrop_area.h"
 #include "ui/frame_commands.h"
 #include "ui/pictures.h"
+#include "ui/prompts_dialog.h"
 #include "ui/terminal_icon_model.h"
 
 #include <QCloseEvent>
@@ -18,6 +22,7 @@
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QStandardItemModel>
 #include <QStatusBar>
 #include <QTimer>
 #include <QToolBar>
@@ -74,6 +79,13 @@ MainWindow::MainWindow(Console& console, QWidget* parent) : QMainWindow(parent),
     backgroundTimer_->setInterval(BackgroundTimerMs);
     connect(backgroundTimer_, &QTimer::timeout, this, &MainWindow::backgroundTimerTick);
     backgroundTimer_->start();
+
+    // A terminal's "Loa" arrives inside its socket's handler: the modal dialog opens
+    // once that handler has returned.
+    connect(
+        &console_.terminalMessages(), &TerminalMessages::logOnDialogRequested, this,
+        [this](int pc) { openLogOnDialogForTerminal(console_, *this, pc); }, Qt::QueuedConnection);
+    connect(&console_.messageLog(), &MessageLog::entryAdded, this, &MainWindow::messagesArrived);
     makeAccessible(this);
 }
 
@@ -269,6 +281,26 @@ void MainWindow::fillWindowMenu() {
     }
 }
 
+QMdiSubWindow* MainWindow::placeChild(QWidget* form, bool activate) {
+    QMdiSubWindow* sub = qobject_cast<QMdiSubWindow*>(form->parentWidget());
+    if (!sub || sub->mdiArea() != area_) {
+        sub = area_->addSubWindow(form);
+        sub->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    makeAccessible(sub);
+    QMdiSubWindow* active = area_->activeSubWindow();
+    sub->show();
+    // Centred on the frame, but not past the right edge of the window area, where
+    // the list beside it leaves the area narrower than the frame.
+    const int right = qMax(0, area_->viewport()->width() - sub->width());
+    sub->move(qMin((width() - sub->width()) / 2, right), twipsToPixels(100, logicalDpiY()));
+    if (activate)
+        area_->setActiveSubWindow(sub);
+    else if (active && active != sub)
+        area_->setActiveSubWindow(active);
+    return sub;
+}
+
 void MainWindow::showForm(QWidget* form, bool modal) {
     if (!form)
         return;
@@ -278,22 +310,11 @@ void MainWindow::showForm(QWidget* form, bool modal) {
         form->deleteLater();
         return;
     }
-    const int top = twipsToPixels(100, logicalDpiY());
     if (!modal) {
-        QMdiSubWindow* sub = qobject_cast<QMdiSubWindow*>(form->parentWidget());
-        if (!sub || sub->mdiArea() != area_) {
-            sub = area_->addSubWindow(form);
-            sub->setAttribute(Qt::WA_DeleteOnClose);
-        }
-        makeAccessible(sub);
-        sub->show();
-        // Centred on the frame, but not past the right edge of the window area, where
-        // the list beside it leaves the area narrower than the frame.
-        const int right = qMax(0, area_->viewport()->width() - sub->width());
-        sub->move(qMin((width() - sub->width()) / 2, right), top);
-        area_->setActiveSubWindow(sub);
+        placeChild(form, true);
         return;
     }
+    const int top = twipsToPixels(100, logicalDpiY());
     // A child window of the frame cannot hold the operator's attention alone, so a
     // modal window is a dialog over the frame, placed by the same rule.
     if (form->parentWidget() != this)
@@ -309,6 +330,44 @@ void MainWindow::showForm(QWidget* form, bool modal) {
         dialog->exec();
     else
         form->show();
+}
+
+void MainWindow::messagesArrived() {
+    if (messagesDue_)
+        return;
+    messagesDue_ = true;
+    QTimer::singleShot(0, this, [this] {
+        messagesDue_ = false;
+        showMessages(false);
+    });
+}
+
+void MainWindow::showMessages(bool activate) {
+    if (!messages_)
+        messages_ = new MessageWindow(console_, notices_);
+    if (activate) {
+        showForm(messages_, false);
+        return;
+    }
+    auto* sub = qobject_cast<QMdiSubWindow*>(messages_->parentWidget());
+    const bool shown = sub && sub->isVisible();
+    // A flood brings the window forward once a second, not once a message.
+    const qint32 now = console_.clock().tickCount();
+    if (shown && quint32(now) - quint32(messagesRaisedAt_) < 1000u)
+        return;
+    messagesRaisedAt_ = now;
+    if (shown)
+        sub->raise();
+    else
+        placeChild(messages_, false);
+}
+
+void MainWindow::readNoticesOf(WidgetPrompts& prompts) {
+    static_assert(int(WidgetPrompts::FullTextRole) == int(MessageLogModel::FullTextRole),
+                  "the message window reads both lists' lines whole the same way");
+    notices_ = &prompts.notices();
+    prompts.setNoticeReader(this);
+    connect(notices_, &QAbstractItemModel::rowsInserted, this, &MainWindow::messagesArrived);
 }
 
 void MainWindow::notAvailable(const QString& windowName) {
