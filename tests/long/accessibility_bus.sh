@@ -8,51 +8,21 @@ set -euo pipefail
 console=$1 terminal=$2
 here=$(cd "$(dirname "$0")" && pwd)
 
-if [ "${TARVO_UNDER_XVFB:-}" != 1 ]; then
-  exec env TARVO_UNDER_XVFB=1 xvfb-run -a -s "-screen 0 1366x768x24" dbus-run-session -- "$0" "$@"
-fi
-
-data=$(mktemp -d)
-pids=()
-cleanup() {
-  for p in "${pids[@]}"; do kill "$p" 2>/dev/null || true; done
-  rm -rf "$data"
-}
-trap cleanup EXIT
-fail() { echo "FAIL: $*" >&2; exit 1; }
-focus() {
-  local id
-  id=$(timeout 20 xdotool search --sync --onlyvisible --name "$1" | head -n 1) ||
-    fail "no window titled '$1'"
-  xdotool windowfocus --sync "$id"
-}
-# The console listens once its main window is up; a busy machine may take a while.
-wait_for_port() {
-  for _ in $(seq 150); do
-    (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null && return 0
-    sleep 0.2
-  done
-  fail "the console does not listen on port $1"
-}
-type_line() { xdotool type --delay 15 "$1"; xdotool key Return; }
+TARVO_SCREEN=1366x768x24
+TARVO_WITH_DBUS=1
+. "$here/real_console.sh"
 
 /usr/libexec/at-spi-bus-launcher --launch-immediately 2>/dev/null &
 pids+=($!)
 sleep 1
 
-db="$data/TarvoQRBDB.MDB"
 sqlite3 "$db" "CREATE TABLE sysusers (user TEXT, utype TEXT, keys TEXT);
                INSERT INTO sysusers VALUES ('ADMIN', 'Admin', 'Kape&Tinapay7');
                CREATE TABLE rates (RPH NUMBER, mina NUMBER, mint NUMBER);
                INSERT INTO rates VALUES (20, 10, 30);"
-port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
-QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 QT_QPA_PLATFORM=xcb \
-  "$console" --data-dir "$data" --port "$port" --odbc-ini "$data/odbc.ini" &
-pids+=($!)
-focus "Tarvo QRB - Operator Log-In"
-type_line admin
-type_line 'kape&tinapay7'
-focus "Tarvo QRB \[User"
+port=$(free_port)
+QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 start_console "$console" "$port"
+log_in admin 'kape&tinapay7'
 
 printf 'send LOG ID-00003:REYES, ANA;3\nexpect Log Successful\nexpect CMTR\nexpect OFPS\n' > "$data/pc3.script"
 wait_for_port "$port"

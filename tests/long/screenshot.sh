@@ -7,40 +7,11 @@
 set -euo pipefail
 console=$1 terminal=$2 out=$3
 
-if [ "${TARVO_UNDER_XVFB:-}" != 1 ]; then
-  exec env TARVO_UNDER_XVFB=1 xvfb-run -a -s "-screen 0 1280x800x24" "$0" "$@"
-fi
+. "$(dirname "$0")/real_console.sh"
 
-data=$(mktemp -d)
-pids=()
-cleanup() {
-  for p in "${pids[@]}"; do kill "$p" 2>/dev/null || true; done
-  rm -rf "$data"
-}
-trap cleanup EXIT
-fail() { echo "FAIL: $*" >&2; exit 1; }
-
-# A window by title, focused for typing; there is no window manager to do it.
-focus() {
-  local id
-  id=$(timeout 20 xdotool search --sync --onlyvisible --name "$1" | head -n 1) ||
-    fail "no window titled '$1'"
-  xdotool windowfocus --sync "$id"
-}
-# The console listens once its main window is up; a busy machine may take a while.
-wait_for_port() {
-  for _ in $(seq 150); do
-    (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null && return 0
-    sleep 0.2
-  done
-  fail "the console does not listen on port $1"
-}
-type_line() { xdotool type --delay 15 "$1"; xdotool key Return; }
-
-port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
+port=$(free_port)
 mkdir -p "$out"
-QT_QPA_PLATFORM=xcb "$console" --data-dir "$data" --port "$port" --odbc-ini "$data/odbc.ini" &
-pids+=($!)
+start_console "$console" "$port"
 
 focus "Tarvo QRB - First administrator"
 type_line ADMIN
@@ -49,10 +20,7 @@ type_line 'Kape&Tinapay7'
 focus "^First administrator$"
 xdotool key Return
 
-focus "Tarvo QRB - Operator Log-In"
-type_line admin                     # found in any letter case
-type_line 'kape&tinapay7'           # passwords too
-focus "Tarvo QRB \[User"
+log_in admin 'kape&tinapay7' # found in any letter case, passwords too
 
 cat > "$data/pc1.script" <<'SCRIPT'
 send LOG ID-00001:DELA CRUZ, JUAN;1
@@ -66,7 +34,6 @@ pids+=($!)
 "$terminal" --port "$port" --pc 2 --bind 127.0.0.2 --timeout 20000 --script "$data/pc2.script" > "$data/pc2.log" &
 pids+=($!)
 
-db="$data/TarvoQRBDB.MDB"
 for _ in $(seq 100); do
   online=$(sqlite3 "$db" 'SELECT count(*) FROM SrvIPTable WHERE Status <> 0' 2>/dev/null || echo 0)
   sessions=$(sqlite3 "$db" 'SELECT count(*) FROM templog WHERE aindex = 1' 2>/dev/null || echo 0)
