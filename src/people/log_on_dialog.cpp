@@ -68,11 +68,15 @@ public:
              {{}, lbldate}},
             {{"cmdLogM", QStringLiteral("&Log On"), QDialogButtonBox::AcceptRole},
              {"cmdCancel", QStringLiteral("Cancel"), QDialogButtonBox::RejectRole}});
-        // The search buttons sit beside the fields; a label names its field.
+        // The search buttons sit beside the fields, so the label's access key goes to the
+        // field, and the field is named after the label: a reader looks for a field's
+        // label beside it, and finds the search button there instead.
         for (QLineEdit* field : {txtid_, txtName_})
             if (auto* label =
-                    qobject_cast<QLabel*>(frame.form->labelForField(field->parentWidget())))
+                    qobject_cast<QLabel*>(frame.form->labelForField(field->parentWidget()))) {
                 label->setBuddy(field);
+                field->setAccessibleName(spokenCaption(label->text()));
+            }
 
         const LogOnCustomer customer =
             customerAtOpening({request.id, request.name}, cmbNum_->currentText());

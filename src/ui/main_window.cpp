@@ -13,6 +13,7 @@
 #include "ui/prompts_dialog.h"
 #include "ui/terminal_icon_model.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDialog>
 #include <QDockWidget>
@@ -37,6 +38,9 @@ using Icon = Prompts::Icon;
 // second; a faster timer would only spend the counter PC's time.
 constexpr int MainTimerMs = 250;
 constexpr int BackgroundTimerMs = 60000;
+// How long terminals must have said nothing for a new message to bring the message
+// window forward again.
+constexpr int MessagesQuietMs = 5000;
 
 // 100 twips: a twip is 1/1440 inch.
 int twipsToPixels(int twips, int dpi) {
@@ -80,11 +84,8 @@ MainWindow::MainWindow(Console& console, QWidget* parent) : QMainWindow(parent),
     connect(backgroundTimer_, &QTimer::timeout, this, &MainWindow::backgroundTimerTick);
     backgroundTimer_->start();
 
-    // A terminal's "Loa" arrives inside its socket's handler: the modal dialog opens
-    // once that handler has returned.
-    connect(
-        &console_.terminalMessages(), &TerminalMessages::logOnDialogRequested, this,
-        [this](int pc) { openLogOnDialogForTerminal(console_, *this, pc); }, Qt::QueuedConnection);
+    connect(&console_.terminalMessages(), &TerminalMessages::logOnDialogRequested, this,
+            &MainWindow::logOnRequested);
     connect(&console_.messageLog(), &MessageLog::entryAdded, this, &MainWindow::messagesArrived);
     makeAccessible(this);
 }
@@ -282,22 +283,31 @@ void MainWindow::fillWindowMenu() {
 }
 
 QMdiSubWindow* MainWindow::placeChild(QWidget* form, bool activate) {
+    QMdiSubWindow* active = area_->activeSubWindow();
+    const QPointer<QWidget> focused = QApplication::focusWidget();
     QMdiSubWindow* sub = qobject_cast<QMdiSubWindow*>(form->parentWidget());
-    if (!sub || sub->mdiArea() != area_) {
+    // A child window closed a moment ago is still its frame's until the frame is
+    // deleted: the form moves to a new frame rather than go down with the old one.
+    if (!sub || sub->mdiArea() != area_ || !area_->subWindowList().contains(sub)) {
         sub = area_->addSubWindow(form);
         sub->setAttribute(Qt::WA_DeleteOnClose);
+        form->show(); // a form taken from another frame was hidden on the way
     }
     makeAccessible(sub);
-    QMdiSubWindow* active = area_->activeSubWindow();
     sub->show();
     // Centred on the frame, but not past the right edge of the window area, where
     // the list beside it leaves the area narrower than the frame.
     const int right = qMax(0, area_->viewport()->width() - sub->width());
     sub->move(qMin((width() - sub->width()) / 2, right), twipsToPixels(100, logicalDpiY()));
-    if (activate)
+    if (activate) {
         area_->setActiveSubWindow(sub);
-    else if (active && active != sub)
+        return sub;
+    }
+    // Shown without taking the keyboard: the window and the control that had it keep it.
+    if (active != sub)
         area_->setActiveSubWindow(active);
+    if (focused && focused->window() == this && QApplication::focusWidget() != focused)
+        focused->setFocus(Qt::OtherFocusReason);
     return sub;
 }
 
@@ -342,6 +352,19 @@ void MainWindow::messagesArrived() {
     });
 }
 
+void MainWindow::logOnRequested(int pc) {
+    // A terminal repeating "Loa" costs one look for the open dialog per pass of the
+    // event loop, however many came; the latest PC is the one asked for.
+    logOnPc_ = pc;
+    if (logOnDue_)
+        return;
+    logOnDue_ = true;
+    QTimer::singleShot(0, this, [this] {
+        logOnDue_ = false;
+        openLogOnDialogForTerminal(console_, *this, logOnPc_);
+    });
+}
+
 void MainWindow::showMessages(bool activate) {
     if (!messages_)
         messages_ = new MessageWindow(console_, notices_);
@@ -351,15 +374,15 @@ void MainWindow::showMessages(bool activate) {
     }
     auto* sub = qobject_cast<QMdiSubWindow*>(messages_->parentWidget());
     const bool shown = sub && sub->isVisible();
-    // A flood brings the window forward once a second, not once a message.
+    // The window comes forward when terminals start talking after a quiet spell; while
+    // they go on (a flood, say) it stays where the operator put it.
     const qint32 now = console_.clock().tickCount();
-    if (shown && quint32(now) - quint32(messagesRaisedAt_) < 1000u)
-        return;
-    messagesRaisedAt_ = now;
-    if (shown)
-        sub->raise();
-    else
+    const bool quiet = quint32(now) - quint32(messagesAt_) >= quint32(MessagesQuietMs);
+    messagesAt_ = now;
+    if (!shown)
         placeChild(messages_, false);
+    else if (quiet)
+        sub->raise();
 }
 
 void MainWindow::readNoticesOf(WidgetPrompts& prompts) {

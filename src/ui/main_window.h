@@ -87,6 +87,9 @@ private:
     // Something new to read: the message window comes up once the handler that found it
     // has returned, however many came meanwhile.
     void messagesArrived();
+    // A terminal's "Loa": the log-on dialog for its PC, opened once the socket's handler
+    // has returned (the dialog is modal).
+    void logOnRequested(int pc);
 
     Console& console_;
     BackdropArea* area_ = nullptr;
@@ -102,5 +105,7 @@ private:
     QPointer<MessageWindow> messages_;
     QPointer<QAbstractItemModel> notices_;
     bool messagesDue_ = false;
-    qint32 messagesRaisedAt_ = 0;
+    qint32 messagesAt_ = 0; // up-time counter when the window was last shown for a message
+    bool logOnDue_ = false;
+    int logOnPc_ = 0;
 };
