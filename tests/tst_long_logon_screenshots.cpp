@@ -9,6 +9,7 @@
 #include "support/console_fixture.h"
 #include "support/terminal_probe.h"
 #include "ui/main_window.h"
+#include "ui/prompts_dialog.h"
 
 #include <QtTest>
 #include <QtWidgets>
@@ -22,6 +23,7 @@ class LogOnScreenshots : public QObject {
     std::unique_ptr<TerminalProbe> probe;
     std::map<int, std::unique_ptr<TerminalClient>> terminals;
     std::unique_ptr<MainWindow> window;
+    std::unique_ptr<WidgetPrompts> boxes; // notices, read in the message window
     QDir out;
 
     Console& console() { return *fx.console; }
@@ -83,6 +85,12 @@ private Q_SLOTS:
         window->resize(1366, 768);
         window->show();
         QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        boxes = std::make_unique<WidgetPrompts>(fx.clock);
+        window->readNoticesOf(*boxes);
+    }
+    void cleanupTestCase() {
+        window.reset();
+        boxes.reset();
     }
 
     void logOnDialog() {
@@ -107,6 +115,10 @@ private Q_SLOTS:
     void messagesAndRegistry() {
         probe->exchange(*terminals[4], "TXT PC 4: the headset has no sound, please check");
         probe->exchange(*terminals[9], "TXT can I have a cup of coffee?");
+        boxes->notice(u"EMT Printer in the corner is out of paper"_s, u"PC 7"_s,
+                      Prompts::Icon::Information);
+        boxes->notice(u"The daily billing log cannot be written: the disk is full."_s,
+                      u"Billing log"_s, Prompts::Icon::Critical);
         window->action(u"mnuTxtview"_s)->trigger();
         QWidget* messages = shown(u"frmtxtv"_s);
         QVERIFY(messages);
@@ -132,6 +144,10 @@ private Q_SLOTS:
         QTRY_COMPARE(processes->count(), 6);
         processes->item(2)->setSelected(true);
         save(viewer->parentWidget(), u"frmpeek.png"_s);
+        terminals[4]->setAutoAnswer(true); // its own screen, as the terminal takes it
+        viewer->findChild<QPushButton*>(u"CmdTrmPrv"_s)->click();
+        QTRY_VERIFY_WITH_TIMEOUT(shown(u"frmTrmPrv"_s), 30000);
+        save(shown(u"frmTrmPrv"_s)->parentWidget(), u"frm_trm_prv.png"_s);
         save(window.get(), u"main_with_monitoring.png"_s);
     }
 };

@@ -5,6 +5,7 @@
 #include "people/monitoring.h"
 
 #include <QApplication>
+#include <QFontMetrics>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -30,6 +31,7 @@ IpTableWindow::IpTableWindow(Console& console, QWidget* parent)
     dbGrid1_->setSelectionBehavior(QAbstractItemView::SelectRows);
     dbGrid1_->verticalHeader()->hide();
     dbGrid1_->horizontalHeader()->setStretchLastSection(true);
+    dbGrid1_->verticalHeader()->setDefaultSectionSize(dbGrid1_->fontMetrics().height() + 6);
 
     lstips_ = new QTreeWidget(this);
     lstips_->setObjectName(QStringLiteral("lstips"));
@@ -59,7 +61,6 @@ IpTableWindow::IpTableWindow(Console& console, QWidget* parent)
     both->addWidget(list, 1);
     layout->addLayout(both, 1);
     layout->addLayout(buttons);
-    resize(820, 320);
     refresh();
 }
 
@@ -83,9 +84,17 @@ void IpTableWindow::refresh() {
         data1_->appendRow(cells);
         lstips_->addTopLevelItem(new QTreeWidgetItem(texts));
     }
-    for (int column = 1; column < lstips_->columnCount(); ++column)
+    for (int column = 1; column < lstips_->columnCount(); ++column) {
         lstips_->resizeColumnToContents(column);
+        dbGrid1_->resizeColumnToContents(column);
+    }
     lstips_->setColumnWidth(0, AddressTwips * logicalDpiX() / 1440);
+}
+
+QSize IpTableWindow::sizeHint() const {
+    // Both views side by side, each wide enough for its four columns, a dozen rows high.
+    const QFontMetrics metrics = fontMetrics();
+    return {metrics.horizontalAdvance(QLatin1Char('x')) * 96 + 64, metrics.lineSpacing() * 16 + 96};
 }
 
 void openIpTable(Console& console, FormHost& host) {

@@ -20,6 +20,7 @@ public:
     explicit IpTableWindow(Console& console, QWidget* parent = nullptr);
 
     Console& console() { return console_; }
+    QSize sizeHint() const override;
     // Reads the registry into the grid and the list.
     void refresh();
 

@@ -44,6 +44,7 @@ public:
         if (console.terminals().contains(request.pc))
             cmbNum_->setCurrentIndex(request.pc - 1);
         cmbNum_->setMinimumContentsLength(4);
+        cmbNum_->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed); // a number, not a line
 
         txtid_ = new QLineEdit(this);
         txtid_->setObjectName(QStringLiteral("txtid"));
@@ -55,7 +56,6 @@ public:
         lbldate->setObjectName(QStringLiteral("lbldate"));
         lbldate->setText(QStringLiteral("Log Date Checked : ") +
                          formatDate(console.clock().today(), QStringLiteral("MM/DD/YYYY")));
-        lbldate->setEnabled(false); // a note, not a field
 
         const DialogFrame frame = frameDialog(
             *this, QStringLiteral("Put a customer on a terminal"),

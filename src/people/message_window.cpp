@@ -5,6 +5,7 @@
 #include "people/monitoring.h"
 
 #include <QComboBox>
+#include <QFontMetrics>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -87,7 +88,14 @@ MessageWindow::MessageWindow(Console& console, QAbstractItemModel* notices, QWid
     layout->addWidget(split, 1);
     layout->addWidget(txtWhole_);
     layout->addWidget(buildReplyRow());
-    resize(640, notices ? 460 : 380);
+}
+
+QSize MessageWindow::sizeHint() const {
+    // Room for a line of about eighty characters, and a dozen lines of each list.
+    const QFontMetrics metrics = fontMetrics();
+    const int lists = notices_ ? 2 : 1;
+    return {metrics.horizontalAdvance(QLatin1Char('x')) * 84 + 48,
+            metrics.lineSpacing() * (12 * lists + 8) + 120};
 }
 
 QWidget* MessageWindow::buildReplyRow() {

@@ -21,6 +21,7 @@ public:
     MessageWindow(Console& console, QAbstractItemModel* notices, QWidget* parent = nullptr);
 
     Console& console() { return console_; }
+    QSize sizeHint() const override;
 
 private:
     QWidget* buildReplyRow();

@@ -57,9 +57,13 @@ public:
         setWidget(picture_);
         setWidgetResizable(true);
         setAccessibleName(QStringLiteral("Terminal's screen"));
-        resize(800, 520);
     }
     const Console& console() const { return console_; }
+    // The whole screen where the frame leaves room for it; scrolled beyond that.
+    QSize sizeHint() const override {
+        const QSize frame(2 * frameWidth() + 4, 2 * frameWidth() + 4);
+        return (picture_->sizeHint() + frame).boundedTo({1000, 640}).expandedTo({480, 320});
+    }
     void showPicture(const QString& path, const QString& title) {
         setWindowTitle(title);
         const QImage picture = snapshotPicture(path);
@@ -132,7 +136,6 @@ PeekWindow::PeekWindow(Console& console, FormHost& host, QWidget* parent)
     layout->addLayout(top, 1);
     layout->addWidget(lblsnap_);
     layout->addLayout(buttons);
-    resize(640, 360);
 
     connect(cmdpeek, &QPushButton::clicked, this, [this] {
         lstProc_->clear();
