@@ -128,7 +128,7 @@ private Q_SLOTS:
         for (const char* window :
              {"main", "main with a window open", "main with the list floating", "frmLog", "frmLog2",
               "frmFirstAdmin", "MyMsgbox message", "MyMsgbox input", "frmNotices", "frmAbout",
-              "question", "RatesSrv", "frmlp", "ATV", "frmBill", "frmPrinter"})
+              "question", "RatesSrv", "frmlp", "ATV", "frmBill", "frmPrinter", "frmUsers"})
             QTest::newRow(window) << QString::fromLatin1(window);
         for (const char* window : {"logmem", "frmTabList", "ciptbl", "frmtxtv", "frmpeek"})
             QTest::newRow(window) << QString::fromLatin1(window);
@@ -191,6 +191,8 @@ private Q_SLOTS:
             found = problemsOfChild(u"mnupeek"_s, window);
         } else if (window == u"frmPrinter"_s) {
             found = problemsOfChild(u"mnuPrinter"_s, window);
+        } else if (window == u"frmUsers"_s) {
+            found = problemsOfChild(u"mnuuser"_s, window);
         } else if (window == u"frmFirstAdmin"_s) {
             FirstAdminDialog firstAdmin(console());
             found = problems(&firstAdmin);

@@ -132,10 +132,11 @@ private Q_SLOTS:
             fx->prompts.clear();
             trigger(command);
             const bool refused = type != "Admin"_L1;
-            const bool opensWindow = command == "mnuRateS"_L1 || command == "tbar4"_L1;
-            if (!refused && opensWindow) {
+            const bool opensRates = command == "mnuRateS"_L1 || command == "tbar4"_L1;
+            const bool opensUsers = command == "mnuuser"_L1 || command == "tbar6"_L1;
+            if (!refused && (opensRates || opensUsers)) {
                 QCOMPARE(fx->prompts.texts(), QStringList());
-                QVERIFY(find<QDialog>(u"RatesSrv"_s));
+                QVERIFY(find<QDialog>(opensRates ? u"RatesSrv"_s : u"frmUsers"_s));
                 continue;
             }
             QCOMPARE(fx->prompts.shown.size(), 1); // PC 3 is down: even an "Admin" is told so

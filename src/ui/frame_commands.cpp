@@ -9,6 +9,7 @@
 #include "people/log_in_dialog.h"
 #include "people/log_on_dialog.h"
 #include "people/peek_window.h"
+#include "people/users_window.h"
 #include "server/operator_commands.h"
 #include "ui/about_dialog.h"
 #include "ui/main_window.h"
@@ -81,7 +82,9 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
              openRatesSettings(c, f);
          }},
         {"mnuuser", "System Users for Tarvo", "accounts", Admin::AccountsMenu,
-         later("The system user maintenance")},
+         [&f, &c] {
+             openSystemUsers(c, f);
+         }},
         {"mnuBkDB", "Back-Up Database", {}, none, later("The database backup")},
         {"mnuTxtview",
          "Message Archiver",
