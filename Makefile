@@ -5,7 +5,7 @@ JOBS ?= 2
 CXX_COMPILER ?= $(shell command -v clang++ 2>/dev/null || command -v g++)
 CTEST = cd $(BUILD) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j$(JOBS)
 
-.PHONY: all deps configure build run test test-long bench clean
+.PHONY: all deps configure build run test test-long bench demo clean
 
 all: build
 
@@ -27,8 +27,12 @@ test: build
 test-long: build
 	$(CTEST) -L long
 
+# A café's day, headless and faster than real time, checked against its own database.
+demo: build
+	$(BUILD)/tools/demo/tarvoqrb-demo $(BUILD)/demo
+
 bench: build
-	@for b in $(BUILD)/bench/bench_*; do [ -f "$$b" ] && [ -x "$$b" ] || continue; echo "== $$(basename $$b)"; "$$b" || exit 1; done
+	@scripts/bench-results $(BUILD)
 
 clean:
 	rm -rf $(BUILD)

@@ -5,6 +5,7 @@
 #include "billing/bill_dialog.h"
 #include "people/first_admin_dialog.h"
 #include "people/log_in_dialog.h"
+#include "people/member_search_dialog.h"
 #include "server/session_start.h"
 #include "support/frame_fixture.h"
 #include "ui/prompts_dialog.h"
@@ -128,7 +129,8 @@ private Q_SLOTS:
         for (const char* window :
              {"main", "main with a window open", "main with the list floating", "frmLog", "frmLog2",
               "frmFirstAdmin", "MyMsgbox message", "MyMsgbox input", "frmNotices", "frmAbout",
-              "question", "RatesSrv", "frmlp", "ATV", "frmBill", "frmPrinter", "frmUsers"})
+              "question", "RatesSrv", "frmlp", "ATV", "frmBill", "frmPrinter", "frmUsers",
+              "Members", "Gsearch"})
             QTest::newRow(window) << QString::fromLatin1(window);
         for (const char* window : {"logmem", "frmTabList", "ciptbl", "frmtxtv", "frmpeek"})
             QTest::newRow(window) << QString::fromLatin1(window);
@@ -189,6 +191,12 @@ private Q_SLOTS:
             auto* list = frame->findChild<QListView*>(u"lstTerminals"_s);
             list->setCurrentIndex(list->model()->index(6, 0));
             found = problemsOfChild(u"mnupeek"_s, window);
+        } else if (window == u"Members"_s) {
+            found = problemsOfChild(u"mnuCset"_s, window);
+        } else if (window == u"Gsearch"_s) {
+            openMemberSearch(console(), *frame, [](const QString&, const QString&) {});
+            auto* search = frame->findChild<QDialog*>(window);
+            found = search ? problems(search) : QStringList{window + u" did not open"_s};
         } else if (window == u"frmPrinter"_s) {
             found = problemsOfChild(u"mnuPrinter"_s, window);
         } else if (window == u"frmUsers"_s) {

@@ -8,6 +8,19 @@
 #include <QTcpSocket>
 #include <QTimer>
 
+#include <algorithm>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
+namespace {
+void returnFreeMemory() {
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
+}
+} // namespace
+
 TerminalServer::TerminalServer(MessageLog& log, StatusPanels& panels) : log_(log), panels_(panels) {
     connect(&listener_, &QTcpServer::newConnection, this, &TerminalServer::onNewConnection);
     shedQuiet_.setSingleShot(true);
@@ -55,7 +68,11 @@ const TerminalServer::Slot* TerminalServer::slotAt(int socket) const {
 }
 
 void TerminalServer::onNewConnection() {
-    while (QTcpSocket* socket = listener_.nextPendingConnection()) {
+    acceptQueued_ = false;
+    for (int taken = 0; taken < AcceptsPerPass; ++taken) {
+        QTcpSocket* socket = listener_.nextPendingConnection();
+        if (!socket)
+            return;
         makeRoomForNewcomer();
         const QString peer = QHostAddress(socket->peerAddress().toIPv4Address()).toString();
         const QString request = QStringLiteral("RQST CONN : ") + peer;
@@ -75,6 +92,11 @@ void TerminalServer::onNewConnection() {
                 onSocketGone(index);
         });
         send(index, Msg::accept());
+        peakSlots_ = std::max(peakSlots_, slots_.size());
+    }
+    if (listener_.hasPendingConnections() && !acceptQueued_) {
+        acceptQueued_ = true;
+        QTimer::singleShot(0, this, &TerminalServer::onNewConnection);
     }
 }
 
@@ -197,4 +219,10 @@ void TerminalServer::onSocketGone(int socket) {
     slot.socket->disconnect(this);
     slot.socket->deleteLater();
     Q_EMIT connectionLost(socket, slot.peer, slot.identified);
+    // After a storm of connections the allocator keeps the freed memory for itself; once
+    // it has passed, it is handed back, so that the console returns to its usual size.
+    if (peakSlots_ > 512 && slots_.size() < peakSlots_ / 4) {
+        peakSlots_ = slots_.size();
+        QTimer::singleShot(2000, this, [] { returnFreeMemory(); });
+    }
 }

@@ -30,6 +30,9 @@ class TerminalServer : public QObject {
 public:
     static constexpr quint16 DefaultPort = 1066;
     static constexpr int ListenBacklog = 1024;
+    // Connections taken on per pass of the event loop: a storm of them waits in the
+    // listen queue while the identified terminals are served between two passes.
+    static constexpr int AcceptsPerPass = 16;
     static constexpr qint64 MostUnsentBytes = 1 << 20;
 
     TerminalServer(MessageLog& log, StatusPanels& panels);
@@ -109,6 +112,9 @@ private:
     int unidentifiedLimit_ = 4 * 24 + 64;
     int shedPending_ = 0;
     QTimer shedQuiet_;
+    bool acceptQueued_ = false;
+    // The most connections held since memory was last handed back.
+    size_t peakSlots_ = 0;
     QString localAddress_;
     std::array<Handler, 10> handlers_;
     Handler pieceHandler_;

@@ -8,6 +8,7 @@
 #include "people/listing_window.h"
 #include "people/log_in_dialog.h"
 #include "people/log_on_dialog.h"
+#include "people/members_window.h"
 #include "people/peek_window.h"
 #include "people/users_window.h"
 #include "server/operator_commands.h"
@@ -75,7 +76,10 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
     };
     return {
         // The main menu.
-        {"mnuCset", "Clients &Section", "members", none, later("The members register")},
+        {"mnuCset", "Clients &Section", "members", none,
+         [&f, &c] {
+             openMembersRegister(c, f);
+         }},
         {"mnuPCTerm", "Terminal Attachment Infos", "registry", none, ipTable},
         {"mnuRateS", "Tarvo System Settings", "rates", Admin::SettingsMenu,
          [&f, &c] {

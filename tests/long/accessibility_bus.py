@@ -3,6 +3,10 @@
 # does a whole settlement without a mouse: open the board, stop PC 3's session, save its
 # bill, answer Yes. On the way it checks that every control of the board and of the bill
 # is named and carries its object name as description.
+# Usage: accessibility_bus.py [PC [PID DELAY_MS]]: with PID, the console is killed with
+# SIGKILL DELAY_MS after the Yes, to catch it in the middle of saving.
+import os
+import signal
 import sys
 import time
 
@@ -72,10 +76,11 @@ board = find(lambda n: n.description == "ATV", "the board window")
 problems = unnamed(board)
 if problems:
     sys.exit("FAIL: controls of the board without a name: " + ", ".join(problems))
-stop = find(lambda n: n.getRoleName() == "push button" and n.name == "Stop PC 3",
-            "the tile button named Stop PC 3")
+pc = sys.argv[1] if len(sys.argv) > 1 else "3"
+stop = find(lambda n: n.getRoleName() == "push button" and n.name == "Stop PC " + pc,
+            "the tile button named Stop PC " + pc)
 press(stop)
-bill = find(lambda n: n.description == "frmBill", "the bill of PC 3")
+bill = find(lambda n: n.description == "frmBill", "the bill of PC " + pc)
 problems = unnamed(bill)
 if problems:
     sys.exit("FAIL: controls of the bill without a name: " + ", ".join(problems))
@@ -83,6 +88,12 @@ due = find(lambda n: n.description == "txtAmountDue", "the amount due")
 print("amount due read by the bus:", due.queryText().getText(0, -1))
 press(find(lambda n: n.getRoleName() == "push button" and n.description == "cmdsave",
            "the bill's Save button"))
-press(find(lambda n: n.getRoleName() == "push button" and n.name in ("Yes", "&Yes"),
-           "Yes to the save question"))
-print("saved through the accessibility bus")
+yes = find(lambda n: n.getRoleName() == "push button" and n.name in ("Yes", "&Yes"),
+           "Yes to the save question")
+press(yes)
+if len(sys.argv) > 3:
+    time.sleep(int(sys.argv[3]) / 1000.0)
+    os.kill(int(sys.argv[2]), signal.SIGKILL)
+    print("killed the console %s ms after Yes" % sys.argv[3])
+else:
+    print("saved through the accessibility bus")

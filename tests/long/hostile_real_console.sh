@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
 # The real console, on a database made by the sqlite3 tool, under Xvfb: an operator logs
-# in through its windows, a terminal starts a session, then bench_hostile attacks it from
-# another process (10,000 silent connections, a flood of 60 kB notices, a slow reader).
+# in through its windows, a terminal starts a session, then an attack program attacks it
+# from another process: bench_hostile (10,000 silent connections, a flood of 60 kB
+# notices, a slow reader) or bench_storm (2,000 connections held, 40,000 dropped).
 # Afterwards the console must still answer, its database pass the integrity check, and
 # the session's row be as it was.
-# Usage: hostile_real_console.sh TARVOQRB TARVOQRB-TERMINAL BENCH_HOSTILE
+# Usage: hostile_real_console.sh TARVOQRB TARVOQRB-TERMINAL ATTACK-PROGRAM
 set -euo pipefail
 console=$1 terminal=$2 attack=$3
 
@@ -42,7 +43,8 @@ done
 row_before=$(sqlite3 "$db" 'SELECT CID, StartTime, aindex, isout, pcstat, stopwatch FROM templog')
 [ -n "$row_before" ] || fail "the session of PC 1 did not start"
 
-"$attack" --port "$port" --data "$data" --pid "$console_pid" | tee "$data/attack.log"
+"$attack" --port "$port" --data "$data" --pid "$console_pid" | tee "$data/attack.log" ||
+  fail "$(basename "$attack") reports a failure"
 
 kill -0 "$console_pid" || fail "the console ended under attack"
 # The rates reply after the attacks, as the attacking terminal timed it: under 50 ms.

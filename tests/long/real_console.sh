@@ -16,7 +16,8 @@ db="$data/TarvoQRBDB.MDB"
 pids=()
 cleanup() {
   for p in "${pids[@]}"; do kill "$p" 2>/dev/null || true; done
-  rm -rf "$data"
+  # TARVO_KEEP_DATA=1 keeps the data folder and the terminals' logs to look into.
+  if [ "${TARVO_KEEP_DATA:-}" = 1 ]; then echo "data kept in $data" >&2; else rm -rf "$data"; fi
 }
 trap cleanup EXIT
 fail() { echo "FAIL: $*" >&2; exit 1; }
@@ -61,7 +62,7 @@ log_in() {
 # Waits until a statement on the database answers the expected text.
 wait_for_row() {
   for _ in $(seq 100); do
-    [ "$(sqlite3 "$db" "$1" 2>/dev/null || true)" = "$2" ] && return 0
+    [ "$(sqlite3 -cmd ".timeout 10000" "$db" "$1" 2>/dev/null || true)" = "$2" ] && return 0
     sleep 0.2
   done
   fail "${3:-"$1" never answered "$2"}"

@@ -46,6 +46,8 @@ user's processes of that name.
 
 Swarm (--swarm N): N terminals, PC 1..N, the k-th bound to 127.0.0.k, each identified;
 a summary is printed and they stay connected until interrupted or --swarm-seconds.
+With --swarm-every MS each also starts a session and asks for the rates every MS,
+and the replies' times are summed up each minute and at the end.
 
 Exit status: 0 done, 1 an expectation not met, 2 bad options or no connection.)";
 
@@ -106,8 +108,13 @@ int main(int argc, char* argv[]) {
                                  QStringLiteral("Least time between two sends, so that the "
                                                 "console reads them as two messages."),
                                  QStringLiteral("MS"), QStringLiteral("50"));
-    parser.addOptions(
-        {host, port, pc, bind, obey, noIdentify, script, timeout, gap, swarm, swarmSeconds});
+    const QCommandLineOption swarmEvery(QStringLiteral("swarm-every"),
+                                        QStringLiteral("Each terminal of the swarm starts a "
+                                                       "session and asks for the rates every "
+                                                       "MS."),
+                                        QStringLiteral("MS"), QStringLiteral("0"));
+    parser.addOptions({host, port, pc, bind, obey, noIdentify, script, timeout, gap, swarm,
+                       swarmSeconds, swarmEvery});
     parser.process(*app);
 
     auto number = [&](const QCommandLineOption& option, int low, int high, int* value) {
@@ -119,10 +126,11 @@ int main(int argc, char* argv[]) {
                             << "number from " << low << " to " << high << ".\n";
         return false;
     };
-    int portNumber = 0, pcNumber = 0, timeoutMs = 0, seconds = 0, gapMs = 0;
+    int portNumber = 0, pcNumber = 0, timeoutMs = 0, seconds = 0, gapMs = 0, everyMs = 0;
     if (!number(port, 1, 65535, &portNumber) || !number(pc, 0, 255, &pcNumber) ||
         !number(gap, 0, 60000, &gapMs) || !number(timeout, 1, 3600000, &timeoutMs) ||
-        !number(swarmSeconds, 0, 86400 * 365, &seconds))
+        !number(swarmSeconds, 0, 86400 * 365, &seconds) ||
+        !number(swarmEvery, 0, 3600000, &everyMs))
         return 2;
     QHostAddress bindAddress;
     if (parser.isSet(bind) && !bindAddress.setAddress(parser.value(bind))) {
@@ -135,7 +143,7 @@ int main(int argc, char* argv[]) {
         if (!number(swarm, 1, 254, &count))
             return 2;
         return runSwarm({count, parser.value(host), quint16(portNumber), timeoutMs, seconds,
-                         parser.isSet(obey)});
+                         parser.isSet(obey), everyMs});
     }
 
     TerminalClient client;

@@ -12,6 +12,9 @@ struct SwarmOptions {
     int timeoutMs = 5000; // for all of them to be accepted
     int seconds = 0;      // how long they stay connected; 0 until interrupted
     bool obey = false;
+    // A working café: each terminal starts a session with "LOG" and then asks for the
+    // rates every everyMs, timing each reply. 0 leaves them idle.
+    int everyMs = 0;
 };
 
 // Prints a summary; the exit status is 2 when the console accepted none of them.

@@ -1,0 +1,158 @@
+// A connection storm against a console in another process, twice: 2,000 connections
+// opened and held without ever identifying, then 40,000 connections opened and dropped at
+// once, while an identified terminal keeps asking for the rates. Prints the rates reply
+// during and after the storms, the console's memory before, at the peak and after each,
+// and whether a new terminal is still accepted. Exits 1 when a reply took 50 ms or more,
+// a reply did not come, a new terminal was not accepted, or the second storm left the
+// console 2 MB or more larger than the first did.
+// With --port P --data DIR --pid PID it storms a console already running (the real
+// program) instead of starting one.
+#include "console_process.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QTextStream>
+#include <QThread>
+
+#include <algorithm>
+#include <vector>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+using Clock = std::chrono::steady_clock;
+QTextStream out(stdout);
+
+void raiseLimit() {
+    rlimit files{};
+    getrlimit(RLIMIT_NOFILE, &files);
+    files.rlim_cur = files.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &files);
+}
+
+// A connection from 127.<net>.x.y that says nothing; -1 when no socket could be made.
+int silentConnection(quint16 port, unsigned net, unsigned n) {
+    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
+    if (fd < 0)
+        return -1;
+    sockaddr_in from{};
+    from.sin_family = AF_INET;
+    from.sin_addr.s_addr = htonl((127u << 24) | (net << 16) | (n % 65000u + 1u));
+    sockaddr_in to{};
+    to.sin_family = AF_INET;
+    to.sin_port = htons(port);
+    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ::bind(fd, reinterpret_cast<sockaddr*>(&from), sizeof from);
+    ::connect(fd, reinterpret_cast<sockaddr*>(&to), sizeof to);
+    return fd;
+}
+
+// An identified terminal from its own address; -1 when the console did not accept it.
+int terminal(quint16 port, int pc) {
+    const QByteArray address = "127.0.0." + QByteArray::number(pc);
+    const int fd = connectTo(port, address.constData());
+    char accept[4];
+    if (fd < 0 || !readExactly(fd, accept, 4))
+        return -1;
+    const QByteArray aip = "AIP" + QByteArray::number(pc);
+    ::send(fd, aip.constData(), size_t(aip.size()), 0);
+    QThread::msleep(50); // read as a message of its own
+    return fd;
+}
+
+// One rates request and its whole answer, timed; false when none came.
+bool rates(int fd, Latencies& times) {
+    char reply[16]; // "SRPH 20.:30.;10."
+    const auto start = Clock::now();
+    if (::send(fd, "RTS", 3, MSG_NOSIGNAL) != 3 || !readExactly(fd, reply, sizeof reply))
+        return false;
+    times.add(Clock::now() - start);
+    return true;
+}
+
+double worstMs(const Latencies& times) {
+    return times.micros.empty()
+               ? 0.0
+               : *std::max_element(times.micros.begin(), times.micros.end()) / 1000.0;
+}
+} // namespace
+
+int main(int argc, char* argv[]) {
+    QCoreApplication app(argc, argv);
+    QCommandLineParser parser;
+    const QCommandLineOption port(QStringLiteral("port"), QStringLiteral("Console port."),
+                                  QStringLiteral("P"));
+    const QCommandLineOption data(QStringLiteral("data"), QStringLiteral("Its data folder."),
+                                  QStringLiteral("DIR"));
+    const QCommandLineOption pid(QStringLiteral("pid"), QStringLiteral("Its process id."),
+                                 QStringLiteral("PID"));
+    parser.addOptions({port, data, pid});
+    parser.process(app);
+    raiseLimit();
+
+    ConsoleProcess console;
+    if (parser.isSet(port))
+        console.attach(quint16(parser.value(port).toUInt()), parser.value(data),
+                       parser.value(pid).toLongLong());
+    else if (!console.start(254))
+        return 1;
+    const int watcher = terminal(console.port(), 200);
+    if (watcher < 0) {
+        out << "the console did not accept a terminal" << Qt::endl;
+        return 1;
+    }
+    Latencies before;
+    bool answered = true;
+    for (int i = 0; i < 50; ++i)
+        answered &= rates(watcher, before);
+    const long startKb = console.residentKb();
+    long peakKb = startKb;
+    out << "console: resident memory " << startKb << " kB; " << before.summary() << Qt::endl;
+
+    // Two storms: the first fills what the console keeps of its bounded message log; after
+    // the second its memory must be back where the first left it.
+    std::vector<long> afterKb;
+    Latencies during, after;
+    for (int round = 1; round <= 2; ++round) {
+        std::vector<int> held;
+        for (unsigned i = 0; i < 2000; ++i) {
+            held.push_back(silentConnection(console.port(), 3, i));
+            if (i % 100 == 0)
+                answered &= rates(watcher, during);
+        }
+        for (unsigned i = 0; i < 40000; ++i) {
+            const int fd = silentConnection(console.port(), 4 + i / 20000, i);
+            if (fd >= 0)
+                ::close(fd);
+            if (i % 200 == 0) {
+                answered &= rates(watcher, during);
+                peakKb = std::max(peakKb, console.residentKb());
+            }
+        }
+        for (int fd : held)
+            if (fd >= 0)
+                ::close(fd);
+        QThread::sleep(3);
+        for (int i = 0; i < 100; ++i)
+            answered &= rates(watcher, after);
+        afterKb.push_back(console.residentKb());
+        out << "storm " << round << " (2000 connections held, 40000 opened and dropped): "
+            << "resident memory afterwards " << afterKb.back() << " kB" << Qt::endl;
+    }
+    out << "during the storms: " << during.summary() << "; console memory peak " << peakKb << " kB"
+        << Qt::endl;
+    const int newcomer = terminal(console.port(), 201);
+    const long grownKb = afterKb.back() - afterKb.front();
+    out << "afterwards: " << after.summary() << "; resident memory " << afterKb.back() << " kB, "
+        << grownKb << " kB more than after the first storm" << Qt::endl;
+    out << "a new terminal after the storm: " << (newcomer >= 0 ? "accepted" : "NOT accepted")
+        << Qt::endl;
+    const double worst = std::max({worstMs(before), worstMs(during), worstMs(after)});
+    out << "slowest rates reply: " << worst << " ms" << Qt::endl;
+    ::close(watcher);
+    return answered && newcomer >= 0 && worst < 50.0 && grownKb < 2048 ? 0 : 1;
+}

@@ -1,0 +1,198 @@
+#include "cafe_day.h"
+
+#include "billing/charge.h"
+#include "console/console.h"
+#include "speed_clock.h"
+#include "terminal_client.h"
+#include "ui/main_window.h"
+
+#include <QAbstractItemView>
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QDialog>
+#include <QDir>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QToolButton>
+
+#include <algorithm>
+
+namespace {
+// The day's customers, members of the register.
+const char* const Customers[] = {
+    "DELA CRUZ, JUAN", "REYES, ANA",    "SANTOS, MARIA", "GARCIA, JOSE", "BAUTISTA, LIZA",
+    "MENDOZA, PAOLO",  "TORRES, KAREN", "RAMOS, MIGUEL", "FLORES, JOY",  "VILLANUEVA, RICO",
+    "AQUINO, BEA",     "CASTRO, LEO",   "NAVARRO, IVY",  "DIAZ, MARK",   "LOPEZ, TINA",
+    "MORALES, BEN",    "PASCUAL, GINA", "ROXAS, DAN",    "SALAZAR, MAE", "TAN, ERIC"};
+
+template <typename T> T* tileControl(QWidget* board, const char* name, int tile) {
+    for (T* w : board->findChildren<T*>(QString::fromLatin1(name)))
+        if (w->property("tile").toInt() == tile)
+            return w;
+    return nullptr;
+}
+} // namespace
+
+int customerCount() {
+    return int(std::size(Customers));
+}
+QString customerName(int k) {
+    return QString::fromLatin1(Customers[k]);
+}
+
+CafeDay::CafeDay(Console& console, MainWindow& frame, SpeedClock& clock, const QString& screenshots)
+    : console_(console), frame_(frame), clock_(clock), screenshots_(screenshots) {
+    pace_.setInterval(50);
+    connect(&pace_, &QTimer::timeout, this, &CafeDay::runDueSteps);
+}
+
+CafeDay::~CafeDay() = default;
+
+bool CafeDay::connectTerminals(int count) {
+    const QByteArray accept = "ACPT";
+    int accepted = 0;
+    for (int pc = 1; pc <= count; ++pc) {
+        auto t = std::make_unique<TerminalClient>();
+        t->setPcNumber(pc);
+        TerminalClient* c = t.get();
+        connect(c, &TerminalClient::messageReceived, this,
+                [this, c, &accepted, accept](const QByteArray& m) {
+                    if (m == accept) {
+                        c->identify();
+                        ++accepted;
+                    }
+                    totals_.warnings += m.startsWith("WARN") ? 1 : 0;
+                    totals_.pauses += m.startsWith("PAUS") ? 1 : 0;
+                });
+        c->connectToConsole(QStringLiteral("127.0.0.1"), console_.server().port(),
+                            QHostAddress(QStringLiteral("127.0.0.%1").arg(pc)));
+        terminals_[pc] = std::move(t);
+    }
+    QElapsedTimer waited;
+    waited.start();
+    while (accepted < count && waited.elapsed() < 10000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+    // The identifications are read before anyone logs on.
+    QElapsedTimer settle;
+    settle.start();
+    while (settle.elapsed() < 500)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+    return accepted == count;
+}
+
+void CafeDay::at(QTime time, QString what, std::function<void()> step) {
+    steps_.push_back({time, std::move(what), std::move(step)});
+}
+
+void CafeDay::plan() {
+    // Twenty customers come in through the morning, one every few minutes.
+    for (int pc = 1; pc <= 20; ++pc)
+        at(QTime(10, 0).addSecs(pc * 150), QStringLiteral("PC %1 logs on").arg(pc), [this, pc] {
+            logOn(pc, QStringLiteral("ID-%1").arg(pc, 5, 10, QLatin1Char('0')),
+                  customerName(pc - 1));
+        });
+    at(QTime(10, 40), QStringLiteral("PCs 3 and 4 get 30 minutes"), [this] {
+        setLimit(3, QStringLiteral("30"));
+        setLimit(4, QStringLiteral("30"));
+    });
+    at(QTime(10, 50), QStringLiteral("PC 6 gets an hour"),
+       [this] { setLimit(6, QStringLiteral("60")); });
+    at(QTime(11, 0), QStringLiteral("PC 5 paused"), [this] { popupCommand(5, "mnupPause"); });
+    at(QTime(11, 30), QStringLiteral("PC 6 extended by 30 minutes"),
+       [this] { popupCommand(6, "mnupx30"); });
+    at(QTime(11, 40), QStringLiteral("PC 5 resumed"), [this] { popupCommand(5, "mnupRes"); });
+    const std::vector<std::pair<QTime, std::vector<int>>> bills = {
+        {QTime(12, 0), {1, 2}},           {QTime(12, 30), {7, 8}},
+        {QTime(13, 0), {3, 4}},           {QTime(14, 0), {9, 10, 11, 12}},
+        {QTime(15, 0), {13, 14, 15, 16}}, {QTime(15, 30), {5, 6, 17, 18, 19, 20}}};
+    for (const auto& [time, pcs] : bills)
+        for (int pc : pcs)
+            at(time, QStringLiteral("PC %1 stopped and billed").arg(pc), [this, pc] { bill(pc); });
+    at(QTime(11, 45), QStringLiteral("screenshots of the busy café"), [this] {
+        photograph(&frame_, QStringLiteral("main_window"));
+        photograph(board(), QStringLiteral("active_terminal_view"));
+    });
+    at(QTime(15, 55), QStringLiteral("screenshot of the day's end"),
+       [this] { photograph(&frame_, QStringLiteral("main_window_closing_time")); });
+    std::stable_sort(steps_.begin(), steps_.end(),
+                     [](const Step& a, const Step& b) { return a.time < b.time; });
+}
+
+void CafeDay::start() {
+    pace_.start();
+}
+
+void CafeDay::runDueSteps() {
+    const QTime now = clock_.now().time();
+    while (next_ < steps_.size() && steps_[next_].time <= now) {
+        const Step& s = steps_[next_++];
+        qInfo().noquote() << s.time.toString(QStringLiteral("HH:mm")) << s.what;
+        s.run();
+    }
+    if (next_ == steps_.size()) {
+        pace_.stop();
+        Q_EMIT finished();
+    }
+}
+
+void CafeDay::logOn(int pc, const QString& id, const QString& name) {
+    terminals_.at(pc)->logIn(QStringLiteral("%1:%2;%3").arg(id, name).arg(pc));
+}
+
+QWidget* CafeDay::board() {
+    if (QWidget* atv = frame_.findChild<QWidget*>(QStringLiteral("ATV")); atv && atv->isVisible())
+        return atv;
+    frame_.findChild<QToolButton*>(QStringLiteral("tbar3"))->click();
+    return frame_.findChild<QWidget*>(QStringLiteral("ATV"));
+}
+
+void CafeDay::setLimit(int pc, const QString& minutes) {
+    auto* limit = tileControl<QComboBox>(board(), "cmbTlmt", pc);
+    const int index = limit ? limit->findText(minutes) : -1;
+    if (index < 0)
+        return problem(QStringLiteral("PC %1 has no time limit of %2").arg(pc).arg(minutes));
+    limit->setCurrentIndex(index);
+    Q_EMIT limit->textActivated(minutes);
+}
+
+void CafeDay::popupCommand(int pc, const char* action) {
+    auto* list = frame_.findChild<QAbstractItemView*>(QStringLiteral("lstTerminals"));
+    list->setCurrentIndex(list->model()->index(pc - 1, 0));
+    auto* command = frame_.findChild<QAction*>(QString::fromLatin1(action));
+    if (!command)
+        return problem(QStringLiteral("no command %1").arg(QString::fromLatin1(action)));
+    command->trigger();
+}
+
+void CafeDay::bill(int pc) {
+    auto* stop = tileControl<QPushButton>(board(), "cmdStop", pc);
+    if (!stop || !stop->isEnabled())
+        return problem(QStringLiteral("PC %1 cannot be stopped").arg(pc));
+    stop->click();
+    QDialog* bill = nullptr;
+    for (auto* d : frame_.findChildren<QDialog*>(QStringLiteral("frmBill")))
+        if (d->isVisible())
+            bill = d;
+    if (!bill)
+        return problem(QStringLiteral("no bill for PC %1").arg(pc));
+    const QString due = bill->findChild<QLineEdit*>(QStringLiteral("txtAmountDue"))->text();
+    bill->findChild<QPushButton*>(QStringLiteral("cmdsave"))->click();
+    if (bill->isVisible())
+        return problem(QStringLiteral("the bill of PC %1 was not saved").arg(pc));
+    totals_.billedCents += qRound64(amountOfText(due) * 100.0);
+    ++totals_.bills;
+}
+
+void CafeDay::photograph(QWidget* w, const QString& name) {
+    if (!w)
+        return problem(QStringLiteral("nothing to photograph as %1").arg(name));
+    const QString path = QDir(screenshots_).filePath(name + QStringLiteral(".png"));
+    if (!w->grab().save(path))
+        problem(QStringLiteral("cannot write %1").arg(path));
+}
+
+void CafeDay::problem(const QString& text) {
+    qWarning().noquote() << "PROBLEM:" << text;
+    problems_ << text;
+}
