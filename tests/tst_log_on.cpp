@@ -254,6 +254,33 @@ private Q_SLOTS:
         QCOMPARE(console().terminals().loggedCount(), started ? 2 : 1);
     }
 
+    // Either search button: the member passed from the search fills the customer; the
+    // terminal chosen stays, and picking another one keeps the member.
+    void memberFromTheSearch_data() {
+        QTest::addColumn<QString>("button");
+        QTest::newRow("by id") << u"imgID"_s;
+        QTest::newRow("by name") << u"imgName"_s;
+    }
+    void memberFromTheSearch() {
+        QFETCH(QString, button);
+        fx->exec(u"INSERT INTO members (CID, LN, FN, MN) VALUES "
+                 "('ID-00003', 'SANTOS', 'MARIA', 'L'), ('ID-00001', 'DELA CRUZ', 'JUAN', 'P')"_s);
+        frame().findChild<QToolButton*>(u"tbar2"_s)->click();
+        pick(5);
+        part<QToolButton>(qPrintable(button))->click();
+        auto* search = frame().findChild<QDialog*>(u"Gsearch"_s);
+        QVERIFY(search && search->isVisible());
+        QTest::keyClicks(search->findChild<QLineEdit*>(u"txtskey"_s), u"ID-00003"_s);
+        search->findChild<QPushButton*>(u"cmdpassd"_s)->click();
+        QTRY_VERIFY(!search->isVisible());
+        QCOMPARE(cmbNum()->currentText(), u"5"_s);
+        QCOMPARE(id(), u"ID-00003"_s);
+        QCOMPARE(name(), u"SANTOS, MARIA L"_s);
+        pick(7);
+        QCOMPARE(id(), u"ID-00003"_s);
+        QCOMPARE(fx->prompts.texts(), QStringList());
+    }
+
     void cancelClosesWithoutAnyCheck() {
         frame().findChild<QToolButton*>(u"tbar2"_s)->click();
         part<QPushButton>("cmdCancel")->click();
