@@ -132,6 +132,8 @@ private Q_SLOTS:
               "question", "RatesSrv", "frmlp", "ATV", "frmBill", "frmPrinter", "frmUsers",
               "Members", "Gsearch", "ASlsSrv", "NewSrv", "frmSDates", "DRMemList"})
             QTest::newRow(window) << QString::fromLatin1(window);
+        for (const char* window : {"logmem", "frmTabList", "ciptbl", "frmtxtv", "frmpeek"})
+            QTest::newRow(window) << QString::fromLatin1(window);
     }
     void everyControlIsNamedAndDescribed() {
         QFETCH(QString, window);
@@ -173,6 +175,22 @@ private Q_SLOTS:
             openBill(console(), *frame, 3, 3);
             auto* bill = frame->findChild<QDialog*>(window);
             found = bill ? problems(bill) : QStringList{window + u" did not open"_s};
+        } else if (window == u"logmem"_s) {
+            found = problemsOfChild(u"tbar2"_s, window);
+        } else if (window == u"frmTabList"_s) {
+            found = problemsOfChild(u"tbar1"_s, window);
+        } else if (window == u"ciptbl"_s) {
+            found = problemsOfChild(u"mnuPCTerm"_s, window);
+        } else if (window == u"frmtxtv"_s) {
+            frame->readNoticesOf(*boxes); // the notices are read there too
+            boxes->notice(u"PC 3 asks for more time"_s, u"PC 3"_s, Prompts::Icon::Information);
+            found = problemsOfChild(u"mnuTxtview"_s, window);
+        } else if (window == u"frmpeek"_s) {
+            auto terminal = fx->probe().online(7);
+            QVERIFY(terminal);
+            auto* list = frame->findChild<QListView*>(u"lstTerminals"_s);
+            list->setCurrentIndex(list->model()->index(6, 0));
+            found = problemsOfChild(u"mnupeek"_s, window);
         } else if (window == u"Members"_s) {
             found = problemsOfChild(u"mnuCset"_s, window);
         } else if (window == u"Gsearch"_s) {

@@ -417,21 +417,26 @@ private Q_SLOTS:
         QCOMPARE(tile<QLabel>("lblState", 3)->text(), sent.isEmpty() ? u"Idle"_s : u"Free use"_s);
     }
 
+    // A free PC's number opens the log-on dialog on it; one in use is refused.
     void clickingANumber_data() {
         QTest::addColumn<bool>("busy");
-        QTest::addColumn<QString>("told");
-        row("free", false, "PC Number : 27");
-        row("in use", true, "This pc is already logged.");
+        QTest::addColumn<QStringList>("told");
+        QTest::newRow("free") << false << QStringList();
+        QTest::newRow("in use") << true << QStringList{u"This pc is already logged."_s};
     }
     void clickingANumber() {
         QFETCH(bool, busy);
-        QFETCH(QString, told);
+        QFETCH(QStringList, told);
         showPage(2);
         if (busy)
             running(27);
         fx->prompts.clear();
         tile<QPushButton>("lblTrmNo", 3)->click();
-        QCOMPARE(fx->prompts.texts(), QStringList{told});
+        QCOMPARE(fx->prompts.texts(), told);
+        auto* logmem = window->findChild<QDialog*>(u"logmem"_s);
+        QCOMPARE(logmem && logmem->isVisible(), !busy);
+        if (logmem)
+            QCOMPARE(logmem->findChild<QComboBox*>(u"cmbNum"_s)->currentText(), u"27"_s);
     }
 
     // The pop-up menu bills the amount at the PC's tile position of the page shown.

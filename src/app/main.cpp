@@ -116,6 +116,7 @@ int main(int argc, char* argv[]) {
     // The main window's loading.
     MainWindow window(console);
     prompts.setParentWindow(&window);
+    window.readNoticesOf(prompts);
     InstanceLock instance(folder);
     if (!instance.tryLock()) {
         if (instance.heldElsewhere())

@@ -4,6 +4,7 @@
 #include "billing/bill_dialog.h"
 #include "billing/board_rules.h"
 #include "console/console.h"
+#include "people/log_on_dialog.h"
 #include "people/rights.h"
 #include "server/operator_commands.h"
 #include "ui/accessibility.h"
@@ -394,10 +395,8 @@ void BoardWindow::tick() {
 
 void BoardWindow::numberClicked(int tile) {
     const int pc = console_.board().pcOfTile(tile);
-    // The log-on dialog will open here; until it exists the operator is told the PC.
     if (mayAssignPc(console_.sessionParts(), pc))
-        console_.prompts().notice(QStringLiteral("PC Number : ") + QString::number(pc), QString(),
-                                  Prompts::Icon::Information);
+        openLogOnDialog(console_, host_, {pc, {}, {}});
 }
 
 void BoardWindow::unlockClicked(int tile) {

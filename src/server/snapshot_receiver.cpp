@@ -27,15 +27,16 @@ bool SnapshotReceiver::request(int pc) {
     const int socket = control_.socketOfPc(pc);
     if (socket == -1 || !control_.send(socket, Msg::requestSnapshot()))
         return false;
-    requested_[socket] = clock_.tickCount();
+    requested_[socket] = {clock_.tickCount(), pc};
     return true;
 }
 
 void SnapshotReceiver::onFirstPiece(int socket, const QByteArray& piece) {
     const auto asked = requested_.find(socket);
     if (asked == requested_.end() ||
-        quint32(clock_.tickCount()) - quint32(asked->second) > quint32(RequestLifeMs))
+        quint32(clock_.tickCount()) - quint32(asked->second.at) > quint32(RequestLifeMs))
         return; // nobody asked this terminal for its screen: not a snapshot to keep
+    const int pc = asked->second.pc;
     requested_.erase(asked);
     if (file_)
         abandon(QStringLiteral("another snapshot began"), false);
@@ -46,6 +47,7 @@ void SnapshotReceiver::onFirstPiece(int socket, const QByteArray& piece) {
         return;
     }
     socket_ = socket;
+    pc_ = pc;
     pieces_ = 1;
     bytes_ = 0;
     if (write(piece) && piece.right(Protocol::SnapshotEndWindow).contains(Protocol::SnapshotEnd))
@@ -59,8 +61,9 @@ void SnapshotReceiver::onPiece(int socket, const QByteArray& piece) {
         return;
     ++pieces_;
     Q_EMIT progress(QStringLiteral("Receiving bytes... ") +
-                    QString::number(qint64(pieces_) * Protocol::SnapshotPieceSize) +
-                    QStringLiteral(" Bytes"));
+                        QString::number(qint64(pieces_) * Protocol::SnapshotPieceSize) +
+                        QStringLiteral(" Bytes"),
+                    pc_);
     if (write(piece) && piece.right(Protocol::SnapshotEndWindow).contains(Protocol::SnapshotEnd))
         finish(socket);
 }
@@ -86,22 +89,25 @@ void SnapshotReceiver::abandon(const QString& why, bool remove) {
         file_->remove();
     file_.reset();
     socket_ = 0;
+    pc_ = 0;
     pieces_ = 0;
     bytes_ = 0;
 }
 
 void SnapshotReceiver::finish(int socket) {
     const QString path = file_->fileName();
+    const int asked = pc_;
     file_->close();
     file_.reset();
     socket_ = 0;
     pieces_ = 0;
     bytes_ = 0;
-    Q_EMIT progress(QStringLiteral("Done.!"));
+    pc_ = 0;
+    Q_EMIT progress(QStringLiteral("Done.!"), asked);
     QString title;
     const QString address = server_.peerAddress(socket);
     const int pc = registry_.pcOfAddress(address);
     if (table_.contains(pc))
         title = table_.at(pc).customerLabel;
-    Q_EMIT received(path, title + QStringLiteral(" from IP : ") + address);
+    Q_EMIT received(path, title + QStringLiteral(" from IP : ") + address, asked);
 }

@@ -38,10 +38,10 @@ public:
     bool receiving() const { return file_ != nullptr; }
 
 Q_SIGNALS:
-    // "Receiving bytes... 16384 Bytes", then "Done.!".
-    void progress(const QString& text);
+    // "Receiving bytes... 16384 Bytes", then "Done.!"; `pc` is the PC it was asked of.
+    void progress(const QString& text, int pc);
     // The file is whole; title: the customer details and " from IP : " the address.
-    void received(const QString& path, const QString& title);
+    void received(const QString& path, const QString& title, int pc);
 
 private:
     void onFirstPiece(int socket, const QByteArray& piece);
@@ -57,9 +57,14 @@ private:
     MessageLog& log_;
     const AppFolder& folder_;
     const Clock& clock_;
-    std::unordered_map<int, qint32> requested_; // socket -> up-time counter of the request
+    struct Request {
+        qint32 at = 0; // up-time counter of the request
+        int pc = 0;
+    };
+    std::unordered_map<int, Request> requested_; // by socket
     std::unique_ptr<QFile> file_;
     int socket_ = 0; // the connection the snapshot under way comes from
+    int pc_ = 0;     // and the PC it was asked of
     int pieces_ = 0;
     qint64 bytes_ = 0;
     qint64 mostBytes_ = MostBytes;

@@ -37,7 +37,7 @@ TerminalMessages::TerminalMessages(TerminalServer& server, TerminalRegistry& reg
     };
     on(TerminalWord::LogOnDialog, [this](int socket, const QByteArray&) {
         server_.send(socket, Msg::formLoggerLoaded());
-        Q_EMIT logOnDialogRequested();
+        Q_EMIT logOnDialogRequested(pcOfSocket(socket));
     });
     on(TerminalWord::LogIn, [this](int socket, const QByteArray& m) {
         onLogIn(socket, Protocol::payloadOf(textOf(m)));
@@ -58,14 +58,19 @@ TerminalMessages::TerminalMessages(TerminalServer& server, TerminalRegistry& reg
     });
     on(TerminalWord::Alert,
        [this](int socket, const QByteArray& m) { onAlert(socket, textOf(m)); });
-    on(TerminalWord::Processes, [this](int, const QByteArray& m) {
+    on(TerminalWord::Processes, [this](int socket, const QByteArray& m) {
         QStringList items = Protocol::payloadOf(textOf(m)).split(QLatin1Char(';'));
         items.removeAll(QString());
-        Q_EMIT processesReceived(items);
+        Q_EMIT processesReceived(items, pcOfSocket(socket));
     });
     connect(&server_, &TerminalServer::connectionLost, this, &TerminalMessages::onConnectionLost);
     noticeTimer_.setInterval(1000);
     connect(&noticeTimer_, &QTimer::timeout, this, &TerminalMessages::sumUpNotices);
+}
+
+int TerminalMessages::pcOfSocket(int socket) const {
+    const auto pc = pcOfSocket_.find(socket);
+    return pc == pcOfSocket_.end() ? 0 : pc->second;
 }
 
 void TerminalMessages::onAlert(int socket, const QString& text) {

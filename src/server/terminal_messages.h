@@ -39,10 +39,11 @@ public:
     static constexpr int NoticesPerSecond = 3;
 
 Q_SIGNALS:
-    // "Loa": a terminal asks for the log-on dialog.
-    void logOnDialogRequested();
-    // "APL": the processes a terminal reported.
-    void processesReceived(const QStringList& processes);
+    // "Loa": a terminal asks for the log-on dialog; `pc` is the PC its connection
+    // identified itself as, 0 when it has not.
+    void logOnDialogRequested(int pc);
+    // "APL": the processes a terminal reported; `pc` as above.
+    void processesReceived(const QStringList& processes, int pc);
 
 private:
     void onLogIn(int socket, const QString& payload);
@@ -51,6 +52,7 @@ private:
     void onConnectionLost(int socket, const QString& address, bool identified);
     void onAlert(int socket, const QString& text);
     void sumUpNotices();
+    int pcOfSocket(int socket) const;
 
     TerminalServer& server_;
     TerminalRegistry& registry_;

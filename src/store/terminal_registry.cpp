@@ -53,3 +53,14 @@ void TerminalRegistry::markAllOffline() {
     DbSession s(db_);
     s.run(QStringLiteral("UPDATE SrvIPTable SET Status = ?"), {yesNo(false)});
 }
+
+std::vector<TerminalRegistry::Row> TerminalRegistry::rows() const {
+    DbSession s(db_);
+    auto q =
+        s.run(QStringLiteral("SELECT TrmIP, PCno, SKIndex, Status FROM SrvIPTable ORDER BY rowid"));
+    std::vector<Row> found;
+    while (q.next())
+        found.push_back(
+            {q.value(0).toString(), q.value(1).toInt(), q.value(2).toInt(), isYes(q.value(3))});
+    return found;
+}

@@ -5,11 +5,19 @@
 #include <QString>
 
 #include <optional>
+#include <vector>
 
 // SrvIPTable: one row per terminal address ever seen, with the PC number it reported,
 // the socket now serving it and whether it is connected.
 class TerminalRegistry {
 public:
+    struct Row {
+        QString address; // TrmIP
+        int pc = 0;      // PCno
+        int socket = 0;  // SKIndex
+        bool online = false;
+    };
+
     explicit TerminalRegistry(const Database& database) : db_(database) {}
 
     // The row of the address is edited, or added when there is none; it goes on line.
@@ -22,6 +30,8 @@ public:
     std::optional<int> markSocketGone(int socket);
     // Every row off line, as at every start.
     void markAllOffline();
+    // Every row, in the order they were added.
+    std::vector<Row> rows() const;
 
 private:
     const Database& db_;

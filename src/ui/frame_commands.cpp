@@ -4,8 +4,12 @@
 #include "billing/board_window.h"
 #include "billing/rates_window.h"
 #include "console/console.h"
+#include "people/ip_table_window.h"
+#include "people/listing_window.h"
 #include "people/log_in_dialog.h"
+#include "people/log_on_dialog.h"
 #include "people/members_window.h"
+#include "people/peek_window.h"
 #include "people/users_window.h"
 #include "sales/date_report_window.h"
 #include "sales/todays_sales_window.h"
@@ -71,13 +75,16 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
         };
     };
     const auto none = std::nullopt;
+    const auto ipTable = [&f, &c] {
+        openIpTable(c, f);
+    };
     return {
         // The main menu.
         {"mnuCset", "Clients &Section", "members", none,
          [&f, &c] {
              openMembersRegister(c, f);
          }},
-        {"mnuPCTerm", "Terminal Attachment Infos", "registry", none, later("The IP table")},
+        {"mnuPCTerm", "Terminal Attachment Infos", "registry", none, ipTable},
         {"mnuRateS", "Tarvo System Settings", "rates", Admin::SettingsMenu,
          [&f, &c] {
              openRatesSettings(c, f);
@@ -94,7 +101,13 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
              backupDatabase(c.database(), c.clock().today(), c.prompts(),
                             QStringLiteral("User Back-Up Method"));
          }},
-        {"mnuTxtview", "Message Archiver", {}, none, later("The message archiver")},
+        {"mnuTxtview",
+         "Message Archiver",
+         {},
+         none,
+         [&f] {
+             f.showMessages(true);
+         }},
         {"mnuPrinter", "Tarvo Printer Setup", "printer", none,
          [&f, &c] {
              openPrinterSetup(c, f);
@@ -141,7 +154,7 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
              members.kind = ReportKind::Members;
              openReport(c, f, members);
          }},
-        {"mnuTinfo", "Terminal Attachment Information ", {}, none, later("The IP table")},
+        {"mnuTinfo", "Terminal Attachment Information ", {}, none, ipTable},
         {"mnumanual",
          "Tarvo Systems Manual",
          {},
@@ -167,9 +180,14 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
          "Assign this PC to client",
          {},
          none,
-         [&f, &parts] {
-             if (mayAssignPc(parts, f.selectedPc()))
-                 f.notAvailable(QStringLiteral("The log-on dialog"));
+         [&f, &c, &parts] {
+             const int pc = f.selectedPc();
+             if (!mayAssignPc(parts, pc))
+                 return;
+             const QString number = QString::number(pc);
+             openLogOnDialog(
+                 c, f,
+                 {pc, QStringLiteral("TRM-") + number, QStringLiteral("WALK-IN ON TRM ") + number});
          }},
         {"mnuplock", "Lock Client PC", {}, none, onPc(&lockPc)},
         {"mnupulock", "Unlock Client PC", {}, Admin::TerminalUnlock, onPc(&unlockPc)},
@@ -195,13 +213,20 @@ std::vector<FrameCommand> frameCommands(MainWindow& f) {
          "Show Client PC Processes",
          {},
          Admin::TerminalPeek,
-         [&f, &parts] {
-             if (socketForPeek(parts, f.selectedPc()) >= 0)
-                 f.notAvailable(QStringLiteral("The process viewer"));
+         [&f, &c, &parts] {
+             const int pc = f.selectedPc();
+             if (const int socket = socketForPeek(parts, pc); socket >= 0)
+                 openPeek(c, f, pc, socket);
          }},
         // Toolbar buttons that no menu item shares.
-        {"tbar1", "Terminal Listing", "listing", none, later("The terminal listing")},
-        {"tbar2", "Assign a PC to a Client", "logon", none, later("The log-on dialog")},
+        {"tbar1", "Terminal Listing", "listing", none,
+         [&f, &c] {
+             openListing(c, f, c.nofpc());
+         }},
+        {"tbar2", "Assign a PC to a Client", "logon", none,
+         [&f, &c] {
+             openLogOnDialog(c, f);
+         }},
         {"tbar3", "Active Terminal View", "board", none,
          [&f, &c] {
              openBoard(c, f);

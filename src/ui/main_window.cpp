@@ -2,13 +2,18 @@
 
 #include "base/text.h"
 #include "console/console.h"
+#include "people/log_on_dialog.h"
+#include "people/message_log_model.h"
+#include "people/message_window.h"
 #include "server/session_clock.h"
 #include "ui/accessibility.h"
 #include "ui/backdrop_area.h"
 #include "ui/frame_commands.h"
 #include "ui/pictures.h"
+#include "ui/prompts_dialog.h"
 #include "ui/terminal_icon_model.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDialog>
 #include <QDockWidget>
@@ -18,6 +23,7 @@
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QStandardItemModel>
 #include <QStatusBar>
 #include <QTimer>
 #include <QToolBar>
@@ -32,6 +38,9 @@ using Icon = Prompts::Icon;
 // second; a faster timer would only spend the counter PC's time.
 constexpr int MainTimerMs = 250;
 constexpr int BackgroundTimerMs = 60000;
+// How long terminals must have said nothing for a new message to bring the message
+// window forward again.
+constexpr int MessagesQuietMs = 5000;
 
 // 100 twips: a twip is 1/1440 inch.
 int twipsToPixels(int twips, int dpi) {
@@ -74,6 +83,10 @@ MainWindow::MainWindow(Console& console, QWidget* parent) : QMainWindow(parent),
     backgroundTimer_->setInterval(BackgroundTimerMs);
     connect(backgroundTimer_, &QTimer::timeout, this, &MainWindow::backgroundTimerTick);
     backgroundTimer_->start();
+
+    connect(&console_.terminalMessages(), &TerminalMessages::logOnDialogRequested, this,
+            &MainWindow::logOnRequested);
+    connect(&console_.messageLog(), &MessageLog::entryAdded, this, &MainWindow::messagesArrived);
     makeAccessible(this);
 }
 
@@ -269,6 +282,35 @@ void MainWindow::fillWindowMenu() {
     }
 }
 
+QMdiSubWindow* MainWindow::placeChild(QWidget* form, bool activate) {
+    QMdiSubWindow* active = area_->activeSubWindow();
+    const QPointer<QWidget> focused = QApplication::focusWidget();
+    QMdiSubWindow* sub = qobject_cast<QMdiSubWindow*>(form->parentWidget());
+    // A child window closed a moment ago is still its frame's until the frame is
+    // deleted: the form moves to a new frame rather than go down with the old one.
+    if (!sub || sub->mdiArea() != area_ || !area_->subWindowList().contains(sub)) {
+        sub = area_->addSubWindow(form);
+        sub->setAttribute(Qt::WA_DeleteOnClose);
+        form->show(); // a form taken from another frame was hidden on the way
+    }
+    makeAccessible(sub);
+    sub->show();
+    // Centred on the frame, but not past the right edge of the window area, where
+    // the list beside it leaves the area narrower than the frame.
+    const int right = qMax(0, area_->viewport()->width() - sub->width());
+    sub->move(qMin((width() - sub->width()) / 2, right), twipsToPixels(100, logicalDpiY()));
+    if (activate) {
+        area_->setActiveSubWindow(sub);
+        return sub;
+    }
+    // Shown without taking the keyboard: the window and the control that had it keep it.
+    if (active != sub)
+        area_->setActiveSubWindow(active);
+    if (focused && focused->window() == this && QApplication::focusWidget() != focused)
+        focused->setFocus(Qt::OtherFocusReason);
+    return sub;
+}
+
 void MainWindow::showForm(QWidget* form, bool modal) {
     if (!form)
         return;
@@ -278,22 +320,11 @@ void MainWindow::showForm(QWidget* form, bool modal) {
         form->deleteLater();
         return;
     }
-    const int top = twipsToPixels(100, logicalDpiY());
     if (!modal) {
-        QMdiSubWindow* sub = qobject_cast<QMdiSubWindow*>(form->parentWidget());
-        if (!sub || sub->mdiArea() != area_) {
-            sub = area_->addSubWindow(form);
-            sub->setAttribute(Qt::WA_DeleteOnClose);
-        }
-        makeAccessible(sub);
-        sub->show();
-        // Centred on the frame, but not past the right edge of the window area, where
-        // the list beside it leaves the area narrower than the frame.
-        const int right = qMax(0, area_->viewport()->width() - sub->width());
-        sub->move(qMin((width() - sub->width()) / 2, right), top);
-        area_->setActiveSubWindow(sub);
+        placeChild(form, true);
         return;
     }
+    const int top = twipsToPixels(100, logicalDpiY());
     // A child window of the frame cannot hold the operator's attention alone, so a
     // modal window is a dialog over the frame, placed by the same rule.
     if (form->parentWidget() != this)
@@ -309,6 +340,57 @@ void MainWindow::showForm(QWidget* form, bool modal) {
         dialog->exec();
     else
         form->show();
+}
+
+void MainWindow::messagesArrived() {
+    if (messagesDue_)
+        return;
+    messagesDue_ = true;
+    QTimer::singleShot(0, this, [this] {
+        messagesDue_ = false;
+        showMessages(false);
+    });
+}
+
+void MainWindow::logOnRequested(int pc) {
+    // A terminal repeating "Loa" costs one look for the open dialog per pass of the
+    // event loop, however many came; the latest PC is the one asked for.
+    logOnPc_ = pc;
+    if (logOnDue_)
+        return;
+    logOnDue_ = true;
+    QTimer::singleShot(0, this, [this] {
+        logOnDue_ = false;
+        openLogOnDialogForTerminal(console_, *this, logOnPc_);
+    });
+}
+
+void MainWindow::showMessages(bool activate) {
+    if (!messages_)
+        messages_ = new MessageWindow(console_, notices_);
+    if (activate) {
+        showForm(messages_, false);
+        return;
+    }
+    auto* sub = qobject_cast<QMdiSubWindow*>(messages_->parentWidget());
+    const bool shown = sub && sub->isVisible();
+    // The window comes forward when terminals start talking after a quiet spell; while
+    // they go on (a flood, say) it stays where the operator put it.
+    const qint32 now = console_.clock().tickCount();
+    const bool quiet = quint32(now) - quint32(messagesAt_) >= quint32(MessagesQuietMs);
+    messagesAt_ = now;
+    if (!shown)
+        placeChild(messages_, false);
+    else if (quiet)
+        sub->raise();
+}
+
+void MainWindow::readNoticesOf(WidgetPrompts& prompts) {
+    static_assert(int(WidgetPrompts::FullTextRole) == int(MessageLogModel::FullTextRole),
+                  "the message window reads both lists' lines whole the same way");
+    notices_ = &prompts.notices();
+    prompts.setNoticeReader(this);
+    connect(notices_, &QAbstractItemModel::rowsInserted, this, &MainWindow::messagesArrived);
 }
 
 void MainWindow::notAvailable(const QString& windowName) {

@@ -5,16 +5,21 @@
 
 #include <QHash>
 #include <QMainWindow>
+#include <QPointer>
 
 #include <array>
 
 class Console;
+class MessageWindow;
+class QAbstractItemModel;
 class QAction;
+class QMdiSubWindow;
 class QLabel;
 class QListView;
 class BackdropArea;
 class QMenu;
 class QTimer;
+class WidgetPrompts;
 
 // The console's frame: menus, toolbar and terminal pop-up menu made from one table of
 // actions, the terminal list, the status bar and the two timers. It shows what the logic
@@ -53,6 +58,13 @@ public:
     // Commands the table binds.
     void notAvailable(const QString& windowName);
 
+    // The message window, opened or brought forward. Unless `activate`, the keyboard
+    // stays where it is: new terminal messages and notices show it that way.
+    void showMessages(bool activate);
+    // The notices of these boxes are read in the message window from now on, beside
+    // what terminals said.
+    void readNoticesOf(WidgetPrompts& prompts);
+
 Q_SIGNALS:
     // The operator confirmed "Close Application?": the program ends now.
     void applicationClosing();
@@ -70,6 +82,14 @@ private:
                      const std::vector<const char*>& items);
     void showPopupAt(const QPoint& globalPos);
     void fillWindowMenu();
+    // A child window of the frame, placed by the ShowForm rule; activated or not.
+    QMdiSubWindow* placeChild(QWidget* form, bool activate);
+    // Something new to read: the message window comes up once the handler that found it
+    // has returned, however many came meanwhile.
+    void messagesArrived();
+    // A terminal's "Loa": the log-on dialog for its PC, opened once the socket's handler
+    // has returned (the dialog is modal).
+    void logOnRequested(int pc);
 
     Console& console_;
     BackdropArea* area_ = nullptr;
@@ -82,4 +102,10 @@ private:
     std::array<QLabel*, StatusPanelCount> panels_{};
     bool modalShowsBlock_ = true;
     bool ticking_ = false;
+    QPointer<MessageWindow> messages_;
+    QPointer<QAbstractItemModel> notices_;
+    bool messagesDue_ = false;
+    qint32 messagesAt_ = 0; // up-time counter when the window was last shown for a message
+    bool logOnDue_ = false;
+    int logOnPc_ = 0;
 };

@@ -5,6 +5,7 @@
 #include "ui/console_box_dialog.h"
 #include "ui/dialog_frame.h"
 
+#include <QApplication>
 #include <QDialog>
 #include <QLabel>
 #include <QListView>
@@ -53,7 +54,8 @@ QStyle::StandardPixmap listIcon(Prompts::Icon icon) {
 
 } // namespace
 
-WidgetPrompts::WidgetPrompts(Clock& clock) : clock_(clock) {}
+WidgetPrompts::WidgetPrompts(Clock& clock)
+    : clock_(clock), noticeModel_(std::make_unique<QStandardItemModel>()) {}
 
 WidgetPrompts::~WidgetPrompts() {
     // Windows without a parent are ours to end; the others go with their parent.
@@ -129,7 +131,7 @@ QDialog* WidgetPrompts::noticeWindow() {
     latest->setFont(bold);
     // One line per notice, all of one height: adding a notice costs the same however many
     // are shown, even when a terminal floods the console with long ones.
-    auto* model = new QStandardItemModel(w);
+    QStandardItemModel* model = noticeModel_.get();
     auto* list = new QListView(w);
     list->setObjectName(QStringLiteral("lstNotices"));
     list->setAccessibleName(QStringLiteral("Notices"));
@@ -163,7 +165,6 @@ QDialog* WidgetPrompts::noticeWindow() {
     notices_ = w;
     latest_ = latest;
     noticeList_ = list;
-    noticeModel_ = model;
     noticeText_ = text;
     return w;
 }
@@ -179,19 +180,21 @@ QString oneLine(QString text, int length) {
 } // namespace
 
 void WidgetPrompts::notice(const QString& text, const QString& title, Icon icon) {
-    QDialog* w = noticeWindow();
     const QString heading = titleOrName(title);
     const QString whole = heading + QStringLiteral(": ") + text;
-    latest_->setText(oneLine(whole, NoticeLineLength));
-
     const QString stamp = clock_.now().time().toString(QStringLiteral("HH:mm:ss"));
-    auto* item = new QStandardItem(w->style()->standardIcon(listIcon(icon)),
+    auto* item = new QStandardItem(QApplication::style()->standardIcon(listIcon(icon)),
                                    stamp + QStringLiteral("  ") + oneLine(whole, NoticeLineLength));
     item->setData(stamp + QStringLiteral("  ") + whole, FullTextRole);
     item->setToolTip(QStringLiteral("Click to read the whole notice below."));
     noticeModel_->insertRow(0, item);
     if (noticeModel_->rowCount() > NoticeLimit)
         noticeModel_->removeRows(NoticeLimit, noticeModel_->rowCount() - NoticeLimit);
+    if (reader_)
+        return;
+
+    QDialog* w = noticeWindow();
+    latest_->setText(oneLine(whole, NoticeLineLength));
 
     // A flood raises the window once a second, not once a notice.
     const qint32 now = clock_.tickCount();

@@ -4,18 +4,21 @@
 
 #include <QPointer>
 
+#include <memory>
+
 class Clock;
 class ConsoleBoxDialog;
 class QDialog;
 class QLabel;
 class QListView;
+class QObject;
 class QPlainTextEdit;
 class QStandardItemModel;
 class QWidget;
 
 // The boxes the operator sees. Questions are real message boxes; notices, which come
-// from terminals and timers, go to one notices window that never waits and never
-// multiplies, however many arrive.
+// from terminals and timers, go to one list that never waits and never multiplies,
+// however many arrive: read in a notices window of its own, or where a reader shows it.
 class WidgetPrompts : public Prompts {
 public:
     explicit WidgetPrompts(Clock& clock);
@@ -38,6 +41,12 @@ public:
     // The full text of a notice, kept with its line.
     static constexpr int FullTextRole = Qt::UserRole + 1;
 
+    // The notices, newest first, one line each.
+    QStandardItemModel& notices() { return *noticeModel_; }
+    // While `reader` lives, it shows the notices (it watches the list for new ones) and
+    // the notices window of their own stays shut.
+    void setNoticeReader(QObject* reader) { reader_ = reader; }
+
 private:
     QDialog* noticeWindow();
 
@@ -46,7 +55,8 @@ private:
     QPointer<QDialog> notices_;
     QPointer<QLabel> latest_;
     QPointer<QListView> noticeList_;
-    QPointer<QStandardItemModel> noticeModel_;
+    std::unique_ptr<QStandardItemModel> noticeModel_;
+    QPointer<QObject> reader_;
     QPointer<QPlainTextEdit> noticeText_;
     QPointer<ConsoleBoxDialog> modeless_;
     qint32 raisedAt_ = 0;
