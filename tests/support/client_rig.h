@@ -22,7 +22,7 @@ struct ClientRig {
     QStringList commands; // "program arg arg" the client would have started
     int pc = 5;
     QString stateFile; // where the client keeps its session; none unless set
-    quint16 port = 0;  // the console's, kept while it is away
+    quint16 port = 0;  // the console's, kept while it is away (0: ask the console)
 
     Console& console() { return *fx->console; }
 
@@ -39,7 +39,7 @@ struct ClientRig {
     ClientSettings settings(bool allowPower = false) const {
         ClientSettings s;
         s.consoleAddress = QStringLiteral("127.0.0.1");
-        s.port = port;
+        s.port = port != 0 ? port : fx->console->server().port();
         s.pc = pc;
         s.localAddress = QHostAddress(QStringLiteral("127.0.0.%1").arg(pc));
         s.cafeName = QStringLiteral("Kape at Kompyuter");

@@ -138,12 +138,16 @@ void ClientApp::showScreens() {
 }
 
 void ClientApp::coverOtherScreens(bool cover) {
-    covers_.clear();
+    QList<QScreen*> others = QGuiApplication::screens();
+    others.removeAll(mainScreen());
     if (!cover)
+        others.clear();
+    // Made again only when the monitors change, so that a message does not flicker them.
+    if (coveredScreens_ == others)
         return;
-    for (QScreen* screen : QGuiApplication::screens()) {
-        if (screen == mainScreen())
-            continue;
+    covers_.clear();
+    coveredScreens_ = others;
+    for (QScreen* screen : others) {
         auto c = std::make_unique<LockCover>(settings_.cafeName);
         c->cover(screen);
         covers_.push_back(std::move(c));

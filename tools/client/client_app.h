@@ -6,6 +6,7 @@
 #include "host_actions.h"
 #include "terminal_client.h"
 
+#include <QList>
 #include <QObject>
 #include <QTimer>
 
@@ -62,5 +63,6 @@ private:
     std::unique_ptr<MeterWindow> meter_;
     std::unique_ptr<MessageWindow> message_;
     std::vector<std::unique_ptr<LockCover>> covers_;
+    QList<QScreen*> coveredScreens_;
     QTimer meterTick_;
 };
