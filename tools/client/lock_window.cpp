@@ -117,6 +117,7 @@ LockWindow::LockWindow(const CustomerSession& session, const QString& cafeName, 
 
     connection_ = label(QStringLiteral("lblConnection"), QString(), this);
     connection_->setAlignment(Qt::AlignRight);
+    connection_->setWordWrap(true); // what is wrong with the settings may take a few lines
 
     // No menus on the lock screen: a menu's own grab of the pointer would end the lock's.
     for (QWidget* w : findChildren<QWidget*>())
