@@ -5,7 +5,9 @@ JOBS ?= 2
 CXX_COMPILER ?= $(shell command -v clang++ 2>/dev/null || command -v g++)
 CTEST = cd $(BUILD) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j$(JOBS)
 
-.PHONY: all deps configure build run test test-long bench demo clean
+PREFIX ?= /usr/local
+
+.PHONY: all deps configure build run test test-long bench demo clean install-client
 
 all: build
 
@@ -33,6 +35,13 @@ demo: build
 
 bench: build
 	@scripts/bench-results $(BUILD)
+
+# The terminal client for a café PC: the program, its kiosk session for the display
+# manager's session list, and an example settings file (copied to /etc unless one is there).
+install-client: configure
+	@cmake --build $(BUILD) -j$(JOBS) --target tarvoqrb-client
+	DESTDIR=$(DESTDIR) cmake --install $(BUILD) --component client --prefix $(PREFIX)
+	@[ -e $(DESTDIR)/etc/tarvoqrb-client.ini ] || install -D -m 644 tools/client/kiosk/tarvoqrb-client.ini $(DESTDIR)/etc/tarvoqrb-client.ini
 
 clean:
 	rm -rf $(BUILD)

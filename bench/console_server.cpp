@@ -18,6 +18,7 @@
 #include "ui/prompts_dialog.h"
 #define TARVO_WINDOW 1
 #include "billing/settlement.h"
+#include "server/session_start.h"
 #endif
 
 #include <QApplication>
@@ -99,7 +100,8 @@ int main(int argc, char* argv[]) {
     out << "port " << console.server().port() << '\n' << "data " << dir.path() << Qt::endl;
 
     // The benchmark ends the console by closing its input; "bill N" settles PC N as the
-    // bill's Save button does (the question answered Yes).
+    // bill's Save button does (the question answered Yes); "start N" puts a walk-in on
+    // PC N as the log-on dialog does.
     QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
     QByteArray typed;
     QObject::connect(&input, &QSocketNotifier::activated, app.get(), [&] {
@@ -118,6 +120,11 @@ int main(int argc, char* argv[]) {
                 if (const auto bill =
                         stopSession(console.billingParts(), pc, TimeLimitSlots::slotOfPc(pc)))
                     saveBill(console.billingParts(), *bill);
+            } else if (line.startsWith("start ")) {
+                const int pc = line.mid(6).toInt();
+                logOnPc(
+                    console.sessionParts(), QString::number(pc), QStringLiteral("TRM-%1").arg(pc),
+                    QStringLiteral("WALK-IN ON TRM %1").arg(pc), console.control().socketOfPc(pc));
             }
 #endif
         }

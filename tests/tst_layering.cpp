@@ -2,8 +2,8 @@
 //   base -> protocol -> store -> server -> {billing, people} -> sales -> console
 // A logic file that includes a header of a folder above it or beside it fails here.
 // Windows (*_window, *_dialog, ui/, app/) may use any logic and are not read.
-// The terminal program (tools/terminal) shares only the protocol table and the base
-// below it with the console.
+// The terminal programs (tools/terminal, tools/client) share only the protocol table and
+// the base below it with the console.
 #include <QDirIterator>
 #include <QRegularExpression>
 #include <QtTest>
@@ -75,25 +75,34 @@ private Q_SLOTS:
         QVERIFY2(wrong.isEmpty(), qPrintable(wrong.join(QLatin1Char('\n'))));
     }
 
-    // The terminal program runs on the café's PCs: of the console it includes and links
-    // only the protocol table and base.
-    void terminalProgramUsesOnlyProtocolAndBase() {
-        const QDir tools(QStringLiteral(TARVO_SOURCE_DIR "/../tools/terminal"));
+    // The terminal programs run on the café's PCs: of the console they include and link
+    // only the protocol table and base (and the client, the terminal library), never SQL.
+    void terminalProgramsUseOnlyProtocolAndBase_data() {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QStringList>("linkable");
+        const QStringList common = {"tarvo_terminal", "tarvo_protocol", "tarvo_base",
+                                    "Qt6::Core",      "Qt6::Network",   "Qt6::Gui"};
+        QTest::newRow("tarvoqrb-terminal") << "terminal" << common;
+        QTest::newRow("tarvoqrb-client")
+            << "client" << common + QStringList{"tarvo_client", "Qt6::Widgets"};
+    }
+    void terminalProgramsUseOnlyProtocolAndBase() {
+        QFETCH(QString, folder);
+        QFETCH(QStringList, linkable);
+        const QDir tools(QStringLiteral(TARVO_SOURCE_DIR "/../tools/") + folder);
         const QStringList srcFolders = src.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
         QStringList wrong;
         const QStringList files = sources(tools);
-        QVERIFY2(files.size() >= 4, "the terminal program's sources were not found");
+        QVERIFY2(files.size() >= 4, "the program's sources were not found");
         for (const QString& path : files)
             for (const auto& [where, target] : includes(path, tools))
                 if (srcFolders.contains(target) && target != "protocol" && target != "base")
                     wrong << where;
 
-        // Nor does it link another of the console's libraries, or Qt SQL or Widgets.
+        // Nor does it link another of the console's libraries, or Qt SQL.
         QFile cmake(tools.filePath(QStringLiteral("CMakeLists.txt")));
         QVERIFY(cmake.open(QIODevice::ReadOnly | QIODevice::Text));
         const QRegularExpression library(QStringLiteral("\\b(tarvo_[a-z_]+|Qt6::[A-Za-z]+)"));
-        const QStringList linkable = {"tarvo_terminal", "tarvo_protocol", "tarvo_base",
-                                      "Qt6::Core",      "Qt6::Network",   "Qt6::Gui"};
         for (auto links = library.globalMatch(QString::fromUtf8(cmake.readAll())); links.hasNext();)
             if (const QString name = links.next().captured(1); !linkable.contains(name))
                 wrong << QStringLiteral("CMakeLists.txt links ") + name;

@@ -160,6 +160,89 @@ private Q_SLOTS:
         QCOMPARE(got ? Protocol::info(*got).text.toByteArray() : QByteArray(), word);
     }
 
+    // What a terminal makes of each console message: its word, and the argument behind
+    // the word's prefix. A word that takes nothing must be the whole message.
+    void classifiesWhatTheConsoleSends_data() {
+        QTest::addColumn<QByteArray>("message");
+        QTest::addColumn<int>("word"); // -1 for none
+        QTest::addColumn<QByteArray>("argument");
+        for (const Sample& s : catalogue())
+            if (const auto* word = std::get_if<ConsoleWord>(&s.word))
+                QTest::newRow(s.name) << s.expected << int(*word)
+                                      << s.expected.mid(Protocol::info(*word).prefix.size());
+        const auto none = [](const char* name, const QByteArray& message) {
+            QTest::newRow(name) << message << -1 << QByteArray();
+        };
+        none("paused state run on", "PAUSX");
+        none("bare word with a blank", "CMTR ");
+        none("reply in lower case", "log successful");
+        none("word not at the start", " ACPT");
+        none("terminal word", "RTS");
+        none("empty", "");
+    }
+    void classifiesWhatTheConsoleSends() {
+        QFETCH(QByteArray, message);
+        QFETCH(int, word);
+        QFETCH(QByteArray, argument);
+        const auto got = Protocol::classifyConsole(message);
+        QCOMPARE(got ? int(*got) : -1, word);
+        if (got)
+            QCOMPARE(Protocol::argumentOf(*got, message), argument);
+    }
+
+    // The rates as the console writes them read back as the same values, to the cent.
+    void readsTheRatesItWasSent_data() {
+        QTest::addColumn<QString>("payload");
+        QTest::addColumn<bool>("valid");
+        QTest::addColumn<QList<double>>("values"); // rate, minutes, minimum amount
+        const auto sent = [](const char* name, double rate, int minutes, double minimum) {
+            QTest::newRow(name) << QString::fromUtf8(Msg::rates(rate, minutes, minimum).mid(5))
+                                << true << QList<double>{rate, double(minutes), minimum};
+        };
+        sent("defaults", 20, 30, 10);
+        sent("fractions", 25.5, 30, 12.75);
+        sent("below one", 12.5, 1, 0.75);
+        sent("zero minimum", 30, 0, 0);
+        sent("large rate", 999.99, 120, 100);
+        const auto bad = [](const char* name, const QString& payload) {
+            QTest::newRow(name) << payload << false << QList<double>{};
+        };
+        bad("no minimum", "20.:30.");
+        bad("empty rate", ":30.;10.");
+        bad("words", "twenty:30.;10.");
+        bad("two points", "20.5.1:30.;10.");
+        bad("negative", "-20.:30.;10.");
+        bad("empty", "");
+    }
+    void readsTheRatesItWasSent() {
+        QFETCH(QString, payload);
+        QFETCH(bool, valid);
+        QFETCH(QList<double>, values);
+        const auto rates = Protocol::RatesPayload::parse(payload);
+        QCOMPARE(rates.has_value(), valid);
+        if (valid)
+            QCOMPARE(
+                (QList<double>{rates->ratePerHour, rates->minimumMinutes, rates->minimumAmount}),
+                values);
+    }
+
+    void readsTheProductList_data() {
+        QTest::addColumn<QString>("payload");
+        QTest::addColumn<QStringList>("items");
+        QTest::newRow("two") << "Coke @ 15.00;Chips @ 8.50;End"
+                             << QStringList{"Coke @ 15.00", "Chips @ 8.50"};
+        QTest::newRow("none") << "End" << QStringList{};
+        QTest::newRow("blank lines of the file")
+            << "Coke @ 15.00; ;;End" << QStringList{"Coke @ 15.00"};
+        QTest::newRow("product named End-something")
+            << "Endive @ 2.00;End" << QStringList{"Endive @ 2.00"};
+    }
+    void readsTheProductList() {
+        QFETCH(QString, payload);
+        QFETCH(QStringList, items);
+        QCOMPARE(Protocol::productItems(payload), items);
+    }
+
     // id ":" name ";" PC number: the first ":" ends the id, the first ";" the name.
     void readsTheLogInPayload_data() {
         QTest::addColumn<QString>("payload");

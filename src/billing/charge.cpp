@@ -1,22 +1,10 @@
 #include "billing/charge.h"
 
-#include "base/format.h"
 #include "base/text.h"
 #include "billing/rates.h"
 
-#include <cmath>
-
-double runningAmount(qint32 consumedMs, double ratePerHour) {
-    const double seconds = double(consumedMs) / 1000.0;
-    return ratePerHour * (seconds / 3600.0);
-}
-
 QString amountCaption(qint32 consumedMs, const Rates& rates) {
-    const double amount = runningAmount(consumedMs, rates.ratePerHour());
-    const QString mask = QStringLiteral("##,###.#0");
-    if (amount <= rates.minimumAmount().toDouble())
-        return QStringLiteral("P ") + formatNumber(rates.minimumAmount(), mask);
-    return QStringLiteral("P ") + formatNumber(amount, mask);
+    return amountCaption(consumedMs, rates.ratePerHour(), rates.minimumAmount());
 }
 
 double amountOfText(const QString& text) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/money.h"
+#include "base/running_amount.h"
 
 #include <QChar>
 #include <QString>
@@ -10,11 +11,8 @@ class Rates;
 
 // How the console turns the time a terminal has been in use into money.
 
-// The running amount: the rate per hour times the hours consumed, to the millisecond, with
-// no rounding but the mask's two decimals.
-double runningAmount(qint32 consumedMs, double ratePerHour);
-// The tile's amount caption: "P " and the running amount under "##,###.#0", never below
-// the minimum amount (at equality the minimum shows, the same number).
+// The tile's amount caption at the console's rates (the rule itself is shared with the
+// terminal's meter).
 QString amountCaption(qint32 consumedMs, const Rates& rates);
 
 // A text read as an amount the way a formatted number reads: "1,234.50" is 1234.5.

@@ -2,6 +2,8 @@
 
 #include "base/format.h"
 
+#include <QRegularExpression>
+
 #include <array>
 
 namespace Protocol {
@@ -90,6 +92,23 @@ std::optional<TerminalWord> classify(QByteArrayView message) {
     return std::nullopt;
 }
 
+std::optional<ConsoleWord> classifyConsole(QByteArrayView message) {
+    for (const auto& w : ConsoleTable) {
+        const bool match =
+            w.shape == Shape::Bare ? message == w.prefix : message.startsWith(w.prefix);
+        if (match)
+            return w.word;
+    }
+    return std::nullopt;
+}
+
+QByteArray argumentOf(ConsoleWord word, QByteArrayView message) {
+    const QByteArrayView prefix = info(word).prefix;
+    if (!message.startsWith(prefix))
+        return QByteArray();
+    return message.sliced(prefix.size()).toByteArray();
+}
+
 QByteArray message(ConsoleWord word, QByteArrayView argument) {
     return info(word).prefix.toByteArray() + argument.toByteArray();
 }
@@ -109,6 +128,42 @@ std::optional<LogInPayload> LogInPayload::parse(const QString& payload) {
         return std::nullopt;
     return LogInPayload{payload.left(colon), payload.mid(colon + 1, semi - colon - 1),
                         payload.mid(semi + 1)};
+}
+
+std::optional<RatesPayload> RatesPayload::parse(const QString& payload) {
+    static const QRegularExpression shape(
+        QStringLiteral("^\\s*(\\d*\\.?\\d*)\\s*:\\s*(\\d*\\.?\\d*)\\s*;\\s*(\\d*\\.?\\d*)\\s*$"));
+    const auto m = shape.match(payload);
+    if (!m.hasMatch())
+        return std::nullopt;
+    double values[3] = {};
+    for (int i = 0; i < 3; ++i) {
+        QString text = m.captured(i + 1);
+        if (text.isEmpty())
+            return std::nullopt;
+        // The masks write a whole number with its point ("20."), a fraction without its
+        // leading zero (".5"), and zero as the point alone.
+        if (text.startsWith(QLatin1Char('.')))
+            text.prepend(QLatin1Char('0'));
+        if (text.endsWith(QLatin1Char('.')))
+            text.chop(1);
+        bool ok = false;
+        values[i] = text.toDouble(&ok);
+        if (!ok)
+            return std::nullopt;
+    }
+    return RatesPayload{values[0], values[1], values[2]};
+}
+
+QStringList productItems(const QString& payload) {
+    QString list = payload;
+    if (list.endsWith(QLatin1String("End")))
+        list.chop(3);
+    QStringList items;
+    for (const QString& item : list.split(QLatin1Char(';')))
+        if (!item.trimmed().isEmpty())
+            items << item.trimmed();
+    return items;
 }
 
 } // namespace Protocol

@@ -90,6 +90,13 @@ const WordInfo<ConsoleWord>& info(ConsoleWord word);
 // console's order; none for anything else (a snapshot's further piece, or junk).
 std::optional<TerminalWord> classify(QByteArrayView message);
 
+// The word of a message the console sent: a word that takes nothing must be the whole
+// message, any other must begin it ("PAUS" is the paused state, "PAUS 5000" a pause).
+// None for anything else.
+std::optional<ConsoleWord> classifyConsole(QByteArrayView message);
+// What follows the word's prefix in a message of that word.
+QByteArray argumentOf(ConsoleWord word, QByteArrayView message);
+
 // A message of the word: its prefix followed by the argument as it stands.
 QByteArray message(ConsoleWord word, QByteArrayView argument = {});
 QByteArray message(TerminalWord word, QByteArrayView argument = {});
@@ -107,6 +114,20 @@ struct LogInPayload {
     static std::optional<LogInPayload> parse(const QString& payload);
     QString text() const { return id + QLatin1Char(':') + name + QLatin1Char(';') + pcText; }
 };
+
+// The rates of "SRPH ": rate per hour ":" minimum minutes ";" minimum amount, each a
+// decimal number as the console's masks write it ("20.", "30.", "12.5", "." for 0).
+struct RatesPayload {
+    double ratePerHour = 0;
+    double minimumMinutes = 0;
+    double minimumAmount = 0;
+    // None unless the three are there, in that order, and each is a number.
+    static std::optional<RatesPayload> parse(const QString& payload);
+};
+
+// The products of "RAVP ": the items before the closing "End", each as the console's
+// list file spells it ("Coffee @ 25.00"); blank items are dropped.
+QStringList productItems(const QString& payload);
 
 } // namespace Protocol
 

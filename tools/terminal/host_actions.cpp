@@ -50,25 +50,35 @@ void putLe(QByteArray& out, quint32 value, int bytes) {
         out.append(char((value >> (8 * i)) & 0xff));
 }
 
+bool ownedByMe(qint64 pid) {
+    struct stat st {};
+    const QByteArray dir = "/proc/" + QByteArray::number(pid);
+    return ::stat(dir.constData(), &st) == 0 && st.st_uid == getuid();
+}
+
 } // namespace
+
+HostActions::HostActions()
+    : runner_([](const QString& program, const QStringList& arguments) {
+          return QProcess::startDetached(program, arguments);
+      }) {}
+
+QStringList HostActions::processList() const {
+    return runningProcesses(ownProcessesOnly_);
+}
 
 HostActions::Outcome HostActions::endProcesses(const QString& name) const {
     Outcome outcome{
         QStringLiteral("end the processes named \"%1\" of user %2").arg(name, currentUserName()),
         false};
-    if (!obey_ || name.isEmpty())
+    if (!mayEndProcesses_ || name.isEmpty())
         return outcome;
-    const uid_t me = getuid();
-    const QStringList items = runningProcesses();
+    const QStringList items = runningProcesses(true); // only this user's own processes
     for (const QString& item : items) {
         const qsizetype colon = item.indexOf(QLatin1Char(':'));
         const pid_t pid = pid_t(item.left(colon).toLongLong());
         if (item.mid(colon + 1) != name || pid == getpid() || pid <= 1)
             continue;
-        struct stat st {};
-        const QByteArray dir = "/proc/" + QByteArray::number(pid);
-        if (::stat(dir.constData(), &st) != 0 || st.st_uid != me)
-            continue; // only this user's own processes
         outcome.carriedOut |= ::kill(pid, SIGTERM) == 0;
     }
     return outcome;
@@ -90,18 +100,18 @@ HostActions::Outcome HostActions::shutDown() const {
 HostActions::Outcome HostActions::runCommand(const QString& program,
                                              const QStringList& arguments) const {
     Outcome outcome{program + QLatin1Char(' ') + arguments.join(QLatin1Char(' ')), false};
-    if (obey_)
-        outcome.carriedOut = QProcess::startDetached(program, arguments);
+    if (mayPower_ && runner_)
+        outcome.carriedOut = runner_(program, arguments);
     return outcome;
 }
 
-QStringList HostActions::runningProcesses() {
+QStringList HostActions::runningProcesses(bool ownOnly) {
     std::vector<std::pair<qint64, QString>> found;
     const QStringList entries = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs);
     for (const QString& entry : entries) {
         bool isPid = false;
         const qint64 pid = entry.toLongLong(&isPid);
-        if (!isPid)
+        if (!isPid || (ownOnly && !ownedByMe(pid)))
             continue;
         QFile comm(QStringLiteral("/proc/%1/comm").arg(entry));
         if (!comm.open(QIODevice::ReadOnly))
@@ -117,14 +127,34 @@ QStringList HostActions::runningProcesses() {
     return items;
 }
 
+QImage HostActions::screensPicture() {
+    if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
+        return QImage();
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    if (screens.isEmpty())
+        return QImage();
+    QRect desktop;
+    for (const QScreen* screen : screens)
+        desktop |= screen->geometry();
+    QImage picture(desktop.size(), QImage::Format_RGB32);
+    picture.fill(Qt::black);
+    QPainter painter(&picture);
+    bool any = false;
+    for (QScreen* screen : screens) {
+        // Each screen in its own coordinates, drawn where it stands on the desktop.
+        const QRect area = screen->geometry();
+        const QPixmap shot = screen->grabWindow(0, 0, 0, area.width(), area.height());
+        if (shot.isNull())
+            continue;
+        painter.drawPixmap(QRect(area.topLeft() - desktop.topLeft(), area.size()), shot);
+        any = true;
+    }
+    painter.end();
+    return any ? picture : QImage();
+}
+
 QByteArray HostActions::snapshotBitmap() {
-    QImage image;
-    if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()))
-        if (QScreen* screen = QGuiApplication::primaryScreen()) {
-            const QPixmap shot = screen->grabWindow(0);
-            if (!shot.isNull())
-                image = shot.toImage();
-        }
+    QImage image = screensPicture();
     if (image.isNull())
         image = drawnPicture();
     return encodeBitmap(image);

@@ -7,16 +7,16 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <climits>
 
 TerminalClient::TerminalClient(QObject* parent) : QObject(parent) {
-    pieceTimer_ = new QTimer(this);
-    pieceTimer_->setSingleShot(true);
-    connect(pieceTimer_, &QTimer::timeout, this, &TerminalClient::sendNextPiece);
+    gapTimer_ = new QTimer(this);
+    gapTimer_->setSingleShot(true);
+    connect(gapTimer_, &QTimer::timeout, this, &TerminalClient::sendNext);
     connect(&socket_, &QTcpSocket::readyRead, this, &TerminalClient::onReadyRead);
     connect(&socket_, &QTcpSocket::connected, this, &TerminalClient::connected);
     connect(&socket_, &QTcpSocket::disconnected, this, [this] {
-        pieces_.clear();
-        pieceInFlight_ = false;
+        dropOutbox();
         Q_EMIT disconnected();
     });
     connect(&socket_, &QTcpSocket::bytesWritten, this, &TerminalClient::onBytesWritten);
@@ -32,8 +32,7 @@ bool TerminalClient::connectToConsole(const QString& host, quint16 port,
                                       const QHostAddress& localAddress) {
     socket_.abort();
     pending_.clear();
-    pieces_.clear();
-    pieceInFlight_ = false;
+    dropOutbox();
     if (!localAddress.isNull() && !socket_.bind(localAddress))
         return false;
     socket_.connectToHost(host, port);
@@ -57,10 +56,30 @@ bool TerminalClient::isConnected() const {
 }
 
 QByteArray TerminalClient::sendRaw(const QByteArray& message) {
+    if (messageGapMs_ > 0) {
+        enqueue(message, messageGapMs_, false);
+        return message;
+    }
     // Out at once, one write per message: the console reads each arrival as one.
     socket_.write(message);
     socket_.flush();
     return message;
+}
+
+void TerminalClient::enqueue(const QByteArray& bytes, int gapMs, bool piece) {
+    outbox_.append({bytes, gapMs, piece});
+    if (!inFlight_ && !gapTimer_->isActive())
+        sendNext();
+}
+
+void TerminalClient::dropOutbox() {
+    outbox_.clear();
+    inFlight_ = false;
+    gapTimer_->stop();
+}
+
+bool TerminalClient::snapshotUnderWay() const {
+    return std::any_of(outbox_.cbegin(), outbox_.cend(), [](const Outgoing& o) { return o.piece; });
 }
 
 QByteArray TerminalClient::identify() {
@@ -101,33 +120,40 @@ QByteArray TerminalClient::sendProcessList(const QStringList& items) {
 
 qsizetype TerminalClient::sendSnapshot(const QByteArray& bitmap) {
     const QList<QByteArray> pieces = HostActions::snapshotPieces(bitmap);
-    pieces_ += pieces;
-    if (!pieceInFlight_ && !pieceTimer_->isActive())
-        sendNextPiece();
+    for (qsizetype i = 0; i < pieces.size(); ++i)
+        // The first piece is a message of its own and keeps the messages' gap from
+        // what went before; the others follow it closely.
+        enqueue(pieces[i], i == 0 ? qMax(messageGapMs_, pieceGapMs_) : pieceGapMs_, true);
     return pieces.size();
 }
 
-void TerminalClient::sendNextPiece() {
-    if (pieces_.isEmpty() || !isConnected()) {
-        pieces_.clear();
+void TerminalClient::sendNext() {
+    if (outbox_.isEmpty())
+        return;
+    if (!isConnected()) {
+        dropOutbox();
         return;
     }
-    pieceInFlight_ = true;
-    socket_.write(pieces_.takeFirst());
+    // The next one leaves only once the previous one is out, and its gap later, so that
+    // two do not arrive as one.
+    const qint64 waited = sinceLeft_.isValid() ? sinceLeft_.elapsed() : qint64(INT_MAX);
+    const int gap = outbox_.first().gapMs;
+    if (waited < gap) {
+        gapTimer_->start(int(gap - waited));
+        return;
+    }
+    inFlight_ = true;
+    socket_.write(outbox_.takeFirst().bytes);
+    socket_.flush();
 }
 
 void TerminalClient::onBytesWritten() {
-    // The console reads each arrival as one piece; the next piece leaves only once the
-    // previous one is out, and a moment later, so that two do not arrive as one.
-    if (!pieceInFlight_ || socket_.bytesToWrite() > 0)
+    if (!inFlight_ || socket_.bytesToWrite() > 0)
         return;
-    pieceInFlight_ = false;
-    if (pieces_.isEmpty())
-        return;
-    if (pieceGapMs_ > 0)
-        pieceTimer_->start(pieceGapMs_);
-    else
-        sendNextPiece();
+    inFlight_ = false;
+    sinceLeft_.start();
+    if (!outbox_.isEmpty())
+        sendNext();
 }
 
 QByteArray TerminalClient::takeMessage(int timeoutMs) {
@@ -216,7 +242,7 @@ bool TerminalClient::handleMachineRequest(const QByteArray& message) {
 
 void TerminalClient::answerQuery(const QByteArray& message) {
     if (message == Msg::requestProcesses()) {
-        const QStringList processes = HostActions::runningProcesses();
+        const QStringList processes = host_.processList();
         sendProcessList(processes);
         Q_EMIT answered(
             QStringLiteral("%1 with %2 processes")

@@ -3,6 +3,7 @@
 #include "host_actions.h"
 
 #include <QByteArray>
+#include <QElapsedTimer>
 #include <QHostAddress>
 #include <QList>
 #include <QObject>
@@ -30,11 +31,20 @@ public:
     // When set, log-off, restart, shut-down and end-process requests are carried out on
     // this machine; otherwise they are only reported through systemRequest().
     void setObey(bool obey) { host_.setObey(obey); }
+    // What this machine does when asked, for finer settings than setObey().
+    HostActions& host() { return host_; }
     // Answer process and snapshot requests by itself (on by default).
     void setAutoAnswer(bool on) { autoAnswer_ = on; }
     // Pause between snapshot pieces, so that the console reads each piece as one
     // message; 0 sends the next piece as soon as the previous one has left.
     void setPieceGapMs(int ms) { pieceGapMs_ = ms; }
+    // Pause between messages. The console reads each arrival as one message, so two
+    // written back to back may reach it as one and be misread. With a gap, every message
+    // waits in line until the one before it has left and the gap has passed (snapshot
+    // pieces share the line); 0, the default, writes each message at once.
+    void setMessageGapMs(int ms) { messageGapMs_ = ms; }
+    // Messages waiting in line.
+    qsizetype waitingToSend() const { return outbox_.size(); }
     // Received messages kept for takeMessage()/waitFor(); the oldest go beyond this.
     void setInboxLimit(int limit) { inboxLimit_ = limit; }
 
@@ -68,7 +78,7 @@ public:
     // Sends the bitmap in its snapshot pieces, one at a time (each waits until the
     // previous one has left); returns how many pieces it makes.
     qsizetype sendSnapshot(const QByteArray& bitmap);
-    bool snapshotUnderWay() const { return !pieces_.isEmpty(); }
+    bool snapshotUnderWay() const;
 
     // Received messages not yet taken, oldest first.
     const QList<QByteArray>& inbox() const { return inbox_; }
@@ -96,7 +106,9 @@ private:
     void onReadyRead();
     void onMessage(const QByteArray& message);
     void onBytesWritten();
-    void sendNextPiece();
+    void sendNext();
+    void enqueue(const QByteArray& bytes, int gapMs, bool piece);
+    void dropOutbox();
     bool handleMachineRequest(const QByteArray& message);
     void answerQuery(const QByteArray& message);
     bool waitUntil(const std::function<bool()>& done, int timeoutMs);
@@ -109,7 +121,14 @@ private:
     HostActions host_;
     bool autoAnswer_ = true;
     int pieceGapMs_ = 2;
-    QList<QByteArray> pieces_;
-    bool pieceInFlight_ = false;
-    QTimer* pieceTimer_ = nullptr;
+    int messageGapMs_ = 0;
+    struct Outgoing {
+        QByteArray bytes;
+        int gapMs = 0; // after the previous one has left
+        bool piece = false;
+    };
+    QList<Outgoing> outbox_;
+    bool inFlight_ = false;
+    QElapsedTimer sinceLeft_; // since the last queued message left
+    QTimer* gapTimer_ = nullptr;
 };
