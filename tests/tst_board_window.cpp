@@ -433,7 +433,7 @@ private Q_SLOTS:
         fx->prompts.clear();
         tile<QPushButton>("lblTrmNo", 3)->click();
         QCOMPARE(fx->prompts.texts(), told);
-        auto* logmem = window->findChild<QDialog*>(u"logmem"_s);
+        auto* logmem = fx->frame->findChild<QDialog*>(u"logmem"_s);
         QCOMPARE(logmem && logmem->isVisible(), !busy);
         if (logmem)
             QCOMPARE(logmem->findChild<QComboBox*>(u"cmbNum"_s)->currentText(), u"27"_s);

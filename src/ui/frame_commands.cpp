@@ -49,11 +49,6 @@ void openManual(Prompts& prompts) {
 std::vector<FrameCommand> frameCommands(MainWindow& f) {
     Console& c = f.console();
     const SessionParts& parts = c.sessionParts();
-    auto later = [&f](const char* window) {
-        return [&f, window] {
-            f.notAvailable(QString::fromLatin1(window));
-        };
-    };
     auto onPc = [&f, &parts](void (*command)(const SessionParts&, int)) {
         return [&f, &parts, command] {
             command(parts, f.selectedPc());

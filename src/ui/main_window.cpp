@@ -393,12 +393,6 @@ void MainWindow::readNoticesOf(WidgetPrompts& prompts) {
     connect(notices_, &QAbstractItemModel::rowsInserted, this, &MainWindow::messagesArrived);
 }
 
-void MainWindow::notAvailable(const QString& windowName) {
-    console_.prompts().message(windowName +
-                                   QStringLiteral(" is not available yet in this version."),
-                               QString(), Icon::Information);
-}
-
 void MainWindow::closeEvent(QCloseEvent* event) {
     if (console_.prompts().ask(QStringLiteral("Close Application?"), QString(),
                                Prompts::Buttons::OkCancel, Icon::Critical) != Prompts::Answer::Ok) {

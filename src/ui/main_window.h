@@ -55,9 +55,6 @@ public:
     QString panelText(StatusPanel panel) const;
     QAction* action(const QString& name) const { return actions_.value(name); }
 
-    // Commands the table binds.
-    void notAvailable(const QString& windowName);
-
     // The message window, opened or brought forward. Unless `activate`, the keyboard
     // stays where it is: new terminal messages and notices show it that way.
     void showMessages(bool activate);
