@@ -1,13 +1,10 @@
-// The database backup: where the copy goes, that a second copy on the same day replaces
-// the first, that every copy is a whole database with the rows committed when it was
-// taken, and what the operator is told when it cannot be made.
+// The database backup: where each day's copy goes, what it holds, and what is told when it fails.
 #include "store/backup.h"
 #include "support/console_fixture.h"
 #include "support/files.h"
 #include "support/scratch_disk.h"
 
 #include <QSqlDatabase>
-#include <QSqlError>
 #include <QSqlQuery>
 #include <QtTest>
 
@@ -16,6 +13,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString Title = u"User Back-Up Method"_s;
+const QDate Today(2026, 11, 15);
 
 // The rows of the revenue table in a copy, opened as the console opens its database.
 int revenueRows(const QString& folder) {
@@ -39,7 +37,7 @@ class BackupTest : public QObject {
     void sales(int count) {
         for (int i = 0; i < count; ++i)
             fx->exec(u"INSERT INTO TmpRvnD (Rdate, rtype, Amount) VALUES (?, 'SERVICE', ?)"_s,
-                     {QDate(2026, 11, 15), 10 + i});
+                     {Today, 10 + i});
     }
     QString folderOf(const QDate& day) { return Backup::datedFolder(home->path(), day); }
 
@@ -57,53 +55,50 @@ private Q_SLOTS:
         home.reset();
     }
 
-    void homeDrive_data() {
-        QTest::addColumn<QByteArray>("variable"); // empty: not set
-        QTest::addColumn<QString>("root");
-        QTest::newRow("Windows") << "C:"_ba << u"C:/TarvoQRBDB/11_05_2026"_s;
-        QTest::newRow("not set") << QByteArray() << QDir::homePath() + u"/TarvoQRBDB/11_05_2026"_s;
-    }
     void homeDrive() {
-        QFETCH(QByteArray, variable);
-        QFETCH(QString, root);
-        if (variable.isEmpty())
-            qunsetenv("HOMEDRIVE");
-        else
-            qputenv("HOMEDRIVE", variable);
-        QCOMPARE(Backup::datedFolder(Backup::homeDrive(), QDate(2026, 11, 5)), root);
+        const QDate day(2026, 11, 5);
+        qputenv("HOMEDRIVE", "C:");
+        QCOMPARE(Backup::datedFolder(Backup::homeDrive(), day), u"C:/TarvoQRBDB/11_05_2026"_s);
+        qunsetenv("HOMEDRIVE");
+        QCOMPARE(Backup::datedFolder(Backup::homeDrive(), day),
+                 QDir::homePath() + u"/TarvoQRBDB/11_05_2026"_s);
     }
 
     void secondCopy_data() {
         QTest::addColumn<QDate>("second");
+        QTest::addColumn<bool>("interrupted");  // a half-written copy is left where it goes
         QTest::addColumn<QList<int>>("copies"); // rows in the first day's copy, then the second's
-        QTest::newRow("the same day replaces the first") << QDate(2026, 11, 15) << QList<int>{5};
-        QTest::newRow("the next day keeps the day before")
-            << QDate(2026, 11, 16) << QList<int>{3, 5};
+        QTest::newRow("the same day replaces the first") << Today << false << QList<int>{5};
+        QTest::newRow("the next day keeps the day before, clearing an interrupted copy")
+            << QDate(2026, 11, 16) << true << QList<int>{3, 5};
     }
     void secondCopy() {
         QFETCH(QDate, second);
+        QFETCH(bool, interrupted);
         QFETCH(QList<int>, copies);
-        const QDate first(2026, 11, 15);
         fx->prompts.clear();
-        backupDatabase(database(), first, fx->prompts, Title);
+        backupDatabase(database(), Today, fx->prompts, Title);
         QCOMPARE(fx->prompts.texts(), QStringList{u"Database file is successfully written to \r"_s +
-                                                  QDir::toNativeSeparators(folderOf(first))});
+                                                  QDir::toNativeSeparators(folderOf(Today))});
         QCOMPARE(fx->prompts.last()->title, Title);
         QCOMPARE(fx->prompts.last()->icon, Prompts::Icon::Information);
-        QCOMPARE(revenueRows(folderOf(first)), 3);
+        QCOMPARE(revenueRows(folderOf(Today)), 3);
 
         sales(2);
+        if (interrupted) {
+            QVERIFY(QDir().mkpath(folderOf(second)));
+            QVERIFY(writeFile(folderOf(second) + u"/TarvoQRBDB.MDB.new"_s, "half a database"));
+        }
         const Backup::Outcome again = Backup::makeCopy(database(), home->path(), second);
         QVERIFY2(again.ok, qPrintable(again.error));
         QList<int> found;
-        for (const QDate& day : {first, first.addDays(1)})
+        for (const QDate& day : {Today, Today.addDays(1)})
             if (QFileInfo::exists(folderOf(day)))
                 found << revenueRows(folderOf(day));
         QCOMPARE(found, copies);
         // One file a day, named as the database is: nothing half-written left beside it.
         QCOMPARE(QDir(folderOf(second)).entryList(QDir::Files), QStringList{"TarvoQRBDB.MDB"});
-        // The console goes on with its own file.
-        sales(1);
+        sales(1); // the console goes on with its own file
         QCOMPARE(fx->scalar(u"SELECT count(*) FROM TmpRvnD"_s).toInt(), 6);
     }
 
@@ -115,28 +110,15 @@ private Q_SLOTS:
             other.setDatabaseName(database().path());
             QVERIFY(other.open());
             QVERIFY(other.transaction());
-            QSqlQuery q(other);
-            QVERIFY(q.exec(u"INSERT INTO TmpRvnD (Rdate, rtype, Amount) VALUES "
-                           "('2026-11-15', 'SERVICE', 99)"_s));
-            const Backup::Outcome o =
-                Backup::makeCopy(database(), home->path(), QDate(2026, 11, 15));
+            QVERIFY(QSqlQuery(other).exec(u"INSERT INTO TmpRvnD (Rdate, rtype, Amount) VALUES "
+                                          "('2026-11-15', 'SERVICE', 99)"_s));
+            const Backup::Outcome o = Backup::makeCopy(database(), home->path(), Today);
             QVERIFY2(o.ok, qPrintable(o.error));
             QVERIFY(other.commit());
-            other.close();
         }
         QSqlDatabase::removeDatabase(name);
-        QCOMPARE(revenueRows(folderOf(QDate(2026, 11, 15))), 3);
+        QCOMPARE(revenueRows(folderOf(Today)), 3);
         QCOMPARE(fx->scalar(u"SELECT count(*) FROM TmpRvnD"_s).toInt(), 4);
-    }
-
-    void anInterruptedCopyIsCleared() {
-        const QString folder = folderOf(QDate(2026, 11, 15));
-        QVERIFY(QDir().mkpath(folder));
-        QVERIFY(writeFile(folder + u"/TarvoQRBDB.MDB.new"_s, "half a database"));
-        const Backup::Outcome o = Backup::makeCopy(database(), home->path(), QDate(2026, 11, 15));
-        QVERIFY2(o.ok, qPrintable(o.error));
-        QCOMPARE(QDir(folder).entryList(QDir::Files), QStringList{"TarvoQRBDB.MDB"});
-        QCOMPARE(revenueRows(folder), 3);
     }
 
     void failuresAreToldAndKeepTheEarlierCopy_data() {
@@ -157,21 +139,16 @@ private Q_SLOTS:
             qputenv("HOMEDRIVE", disk->path().toLocal8Bit());
         }
         const QString drive = disk ? disk->path() : home->path();
-        const QDate day(2026, 11, 15);
-        const QString folder = Backup::datedFolder(drive, day);
-        if (cause != u"file"_s) {
-            QVERIFY(Backup::makeCopy(database(), drive, day).ok);
-            sales(50);
-        }
-        if (cause == u"file"_s)
+        const QString folder = Backup::datedFolder(drive, Today);
+        if (cause == u"file"_s) {
             QVERIFY(writeFile(drive + u"/TarvoQRBDB"_s, "not a folder"));
-        else if (cause == u"gone"_s)
-            QVERIFY(QFile::remove(database().path()));
-        else
-            QVERIFY(disk->fill());
-
+        } else { // an earlier copy of the day, then more sales
+            QVERIFY(Backup::makeCopy(database(), drive, Today).ok);
+            sales(50);
+            QVERIFY(cause == u"gone"_s ? QFile::remove(database().path()) : disk->fill());
+        }
         fx->prompts.clear();
-        backupDatabase(database(), day, fx->prompts, Title);
+        backupDatabase(database(), Today, fx->prompts, Title);
         QCOMPARE(fx->prompts.shown.size(), 1);
         QVERIFY2(fx->prompts.last()->text.contains(told), qPrintable(fx->prompts.last()->text));
         QCOMPARE(fx->prompts.last()->title, Title);

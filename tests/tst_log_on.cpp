@@ -11,8 +11,6 @@
 
 using namespace Qt::StringLiterals;
 using L = QByteArrayList;
-using Icon = Prompts::Icon;
-Q_DECLARE_METATYPE(Prompts::Icon)
 
 class LogOnTest : public QObject {
     Q_OBJECT
@@ -63,9 +61,30 @@ class LogOnTest : public QObject {
             qFatal("PC %d did not come on line", pc);
         return *t;
     }
-    void popUpOn(int pc) {
-        auto* list = frame().findChild<QListView*>(u"lstTerminals"_s);
-        list->setCurrentIndex(list->model()->index(pc - 1, 0));
+    // Opens the log-on dialog for PC 3 from the pop-up menu or its board tile, or an
+    // empty one from toolbar button 2.
+    void openFrom(const QString& from) {
+        if (from == u"tbar2") {
+            frame().findChild<QToolButton*>(from)->click();
+        } else if (from == u"mnuplog") {
+            auto* list = frame().findChild<QListView*>(u"lstTerminals"_s);
+            list->setCurrentIndex(list->model()->index(2, 0));
+            frame().action(from)->trigger();
+        } else {
+            frame().findChild<QToolButton*>(u"tbar3"_s)->click();
+            for (auto* n :
+                 frame().findChild<BoardWindow*>(u"ATV"_s)->findChildren<QPushButton*>(from))
+                if (n->property("tile").toInt() == 3)
+                    n->click();
+        }
+    }
+    // Each box shown: "text (title, icon)".
+    QStringList boxes() const {
+        static const char* icons[] = {"None", "Critical", "Question", "Exclamation", "Information"};
+        QStringList t;
+        for (const auto& p : fx->prompts.shown)
+            t << u"%1 (%2, %3)"_s.arg(p.text, p.title, QLatin1String(icons[int(p.icon)]));
+        return t;
     }
 
 private Q_SLOTS:
@@ -86,53 +105,32 @@ private Q_SLOTS:
         QTest::addColumn<QString>("number"); // the terminal box at opening
         QTest::addColumn<QString>("openId"); // and the customer
         QTest::addColumn<QString>("openName");
-        QTest::addColumn<QString>("pickedId"); // after picking 7 from the list
-        QTest::addColumn<QString>("pickedName");
+        QTest::addColumn<bool>("walkIn"); // becomes the walk-in of the PC picked
         QTest::newRow("toolbar button 2")
-            << u"tbar2"_s << u""_s << u"TRM-"_s << u"WALK-IN ON TRM "_s << u"TRM-7"_s
-            << u"WALK-IN ON TRM 7"_s;
-        QTest::newRow("pop-up on PC 3")
-            << u"mnuplog"_s << u"3"_s << u"TRM-3"_s << u"WALK-IN ON TRM 3"_s << u"TRM-7"_s
-            << u"WALK-IN ON TRM 7"_s;
-        QTest::newRow("board tile of PC 3")
-            << u"lblTrmNo"_s << u"3"_s << u"TRM-3"_s << u"WALK-IN ON TRM 3"_s << u"TRM-7"_s
-            << u"WALK-IN ON TRM 7"_s;
-        QTest::newRow("terminal 3 asks")
-            << u"Loa"_s << u"3"_s << u"TRM-3"_s << u"WALK-IN ON TRM 3"_s << u"TRM-7"_s
-            << u"WALK-IN ON TRM 7"_s;
+            << u"tbar2"_s << u""_s << u"TRM-"_s << u"WALK-IN ON TRM "_s << true;
+        for (const QString& from : {u"mnuplog"_s, u"lblTrmNo"_s, u"Loa"_s})
+            QTest::addRow("PC 3 from %s", qPrintable(from))
+                << from << u"3"_s << u"TRM-3"_s << u"WALK-IN ON TRM 3"_s << true;
         QTest::newRow("member handed in")
-            << u"member"_s << u""_s << u"ID-00011"_s << u"SANTOS, MARIA L"_s << u"ID-00011"_s
-            << u"SANTOS, MARIA L"_s;
+            << u"member"_s << u""_s << u"ID-00011"_s << u"SANTOS, MARIA L"_s << false;
         // An id that merely begins like a walk-in's is taken for one, as it always was.
         QTest::newRow("member whose id begins TRM")
-            << u"member"_s << u""_s << u"TRMX-1"_s << u"REYES, ANA"_s << u"TRM-7"_s
-            << u"WALK-IN ON TRM 7"_s;
+            << u"member"_s << u""_s << u"TRMX-1"_s << u"REYES, ANA"_s << true;
     }
     void openingAndChoosing() {
         QFETCH(QString, from);
         QFETCH(QString, number);
         QFETCH(QString, openId);
         QFETCH(QString, openName);
-        QFETCH(QString, pickedId);
-        QFETCH(QString, pickedName);
-        std::unique_ptr<TerminalClient> asking;
-        if (from == u"tbar2")
-            frame().findChild<QToolButton*>(from)->click();
-        else if (from == u"mnuplog") {
-            popUpOn(3);
-            frame().action(from)->trigger();
-        } else if (from == u"lblTrmNo") {
-            frame().findChild<QToolButton*>(u"tbar3"_s)->click();
-            auto* board = frame().findChild<BoardWindow*>(u"ATV"_s);
-            for (auto* n : board->findChildren<QPushButton*>(from))
-                if (n->property("tile").toInt() == 3)
-                    n->click();
-        } else if (from == u"Loa") {
+        QFETCH(bool, walkIn);
+        if (from == u"Loa") {
             TerminalClient& t = online(3);
             QCOMPARE(fx->probe().exchange(t, "Loa"), L{"Form logger loaded"});
             QTRY_VERIFY(logmem());
-        } else {
+        } else if (from == u"member") {
             openLogOnDialog(console(), frame(), {0, openId, openName});
+        } else {
+            openFrom(from);
         }
         QVERIFY(logmem());
         QCOMPARE(fx->prompts.texts(), QStringList());
@@ -147,14 +145,18 @@ private Q_SLOTS:
         QCOMPARE(id(), openId);
         QCOMPARE(name(), openName);
 
+        const QStringList picked =
+            walkIn ? QStringList{u"TRM-7"_s, u"WALK-IN ON TRM 7"_s} : QStringList{openId, openName};
         pick(7);
-        QCOMPARE(id(), pickedId);
-        QCOMPARE(name(), pickedName);
+        QCOMPARE((QStringList{id(), name()}), picked);
         // Typing a number leaves the customer as it stands.
         typeNumber(u"12"_s);
         QCOMPARE(cmbNum()->currentText(), u"12"_s);
-        QCOMPARE(id(), pickedId);
-        QCOMPARE(name(), pickedName);
+        QCOMPARE((QStringList{id(), name()}), picked);
+        // Cancel closes without any check (PC 12 is not connected).
+        part<QPushButton>("cmdCancel")->click();
+        QVERIFY(!logmem());
+        QCOMPARE(fx->prompts.texts(), QStringList());
     }
 
     // The checks of the log-on button, in their order: each refusal, whether the dialog
@@ -163,59 +165,51 @@ private Q_SLOTS:
         QTest::addColumn<QString>("number");
         QTest::addColumn<QString>("cid");
         QTest::addColumn<QString>("customer");
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("told"); // empty: nothing
-        QTest::addColumn<Icon>("icon");
+        QTest::addColumn<QString>("told"); // "text (title, icon)"; empty: nothing
         QTest::addColumn<bool>("staysOpen");
         QTest::addColumn<bool>("started");
         // PC 3: on line, M-1 running on it. PC 5: on line, free. PC 6: free use, never
         // connected. PC 8: never connected. PC 9: on line, in free use.
-        const QString noTerminal = u"Please choose a pc terminal number"_s;
-        const QString empty = u"Please choose a client id and name properly "_s;
-        const QString freeMode = u"Terminal is in Free mode!(Lock)\rUnlock it first"_s;
+        const QString noPc = u"Please choose a pc terminal number (No Terminal, Critical)"_s;
+        const QString empty =
+            u"Please choose a client id and name properly  (Info Empty, Critical)"_s;
+        const QString freeMode = u"Terminal is in Free mode!(Lock)\rUnlock it first (, Critical)"_s;
         QTest::newRow("nothing chosen, every other check failing too")
-            << u""_s << u""_s << u""_s << u"No Terminal"_s << noTerminal << Icon::Critical << true
-            << false;
+            << u""_s << u""_s << u""_s << noPc << true << false;
         QTest::newRow("not a number")
-            << u"abc"_s << u"TRM-"_s << u"WALK-IN ON TRM "_s << u"No Terminal"_s << noTerminal
-            << Icon::Critical << true << false;
-        QTest::newRow("zero") << u"0"_s << u"TRM-0"_s << u"X"_s << u"No Terminal"_s << noTerminal
-                              << Icon::Critical << true << false;
+            << u"abc"_s << u"TRM-"_s << u"WALK-IN ON TRM "_s << noPc << true << false;
+        QTest::newRow("zero") << u"0"_s << u"TRM-0"_s << u"X"_s << noPc << true << false;
         QTest::newRow("no id, a free-use PC")
-            << u"6"_s << u""_s << u"WALK-IN ON TRM 6"_s << u"Info Empty"_s << empty
-            << Icon::Critical << true << false;
-        QTest::newRow("no name") << u"5"_s << u"TRM-5"_s << u""_s << u"Info Empty"_s << empty
-                                 << Icon::Critical << true << false;
+            << u"6"_s << u""_s << u"WALK-IN ON TRM 6"_s << empty << true << false;
+        QTest::newRow("no name") << u"5"_s << u"TRM-5"_s << u""_s << empty << true << false;
         QTest::newRow("free use, not connected")
-            << u"6"_s << u"TRM-6"_s << u"WALK-IN ON TRM 6"_s << u""_s << freeMode << Icon::Critical
-            << true << false;
-        QTest::newRow("free use, on line") << u"9"_s << u"TRM-9"_s << u"WALK-IN ON TRM 9"_s << u""_s
-                                           << freeMode << Icon::Critical << true << false;
+            << u"6"_s << u"TRM-6"_s << u"WALK-IN ON TRM 6"_s << freeMode << true << false;
+        QTest::newRow("free use, on line")
+            << u"9"_s << u"TRM-9"_s << u"WALK-IN ON TRM 9"_s << freeMode << true << false;
         QTest::newRow("not connected")
-            << u"8"_s << u"TRM-8"_s << u"WALK-IN ON TRM 8"_s << u""_s
-            << u"Pc number 8 is not connected to server"_s << Icon::Critical << false << false;
+            << u"8"_s << u"TRM-8"_s << u"WALK-IN ON TRM 8"_s
+            << u"Pc number 8 is not connected to server (, Critical)"_s << false << false;
         QTest::newRow("past the last terminal")
-            << u"30"_s << u"TRM-30"_s << u"WALK-IN ON TRM 30"_s << u"No Terminal"_s
-            << u"There is no PC 30 here: the terminals are numbered 1 to 24."_s << Icon::Critical
+            << u"30"_s << u"TRM-30"_s << u"WALK-IN ON TRM 30"_s
+            << u"There is no PC 30 here: the terminals are numbered 1 to 24. (No Terminal, "
+               "Critical)"_s
             << true << false;
-        QTest::newRow("walk-in on a connected PC") << u"5"_s << u"TRM-5"_s << u"WALK-IN ON TRM 5"_s
-                                                   << u""_s << u""_s << Icon::None << false << true;
-        QTest::newRow("member on a connected PC") << u"5"_s << u"ID-00011"_s << u"SANTOS, MARIA L"_s
-                                                  << u""_s << u""_s << Icon::None << false << true;
+        QTest::newRow("walk-in on a connected PC")
+            << u"5"_s << u"TRM-5"_s << u"WALK-IN ON TRM 5"_s << u""_s << false << true;
+        QTest::newRow("member on a connected PC")
+            << u"5"_s << u"ID-00011"_s << u"SANTOS, MARIA L"_s << u""_s << false << true;
         QTest::newRow("member already on another PC")
-            << u"5"_s << u"M-1"_s << u"CRUZ, JUAN"_s << u"Duplicate ID"_s
-            << u"Client ID is already logged"_s << Icon::Critical << false << false;
+            << u"5"_s << u"M-1"_s << u"CRUZ, JUAN"_s
+            << u"Client ID is already logged (Duplicate ID, Critical)"_s << false << false;
         QTest::newRow("PC already in use")
-            << u"3"_s << u"TRM-3"_s << u"WALK-IN ON TRM 3"_s << u"Not Allowed"_s
-            << u"This PC is already logged"_s << Icon::Information << false << false;
+            << u"3"_s << u"TRM-3"_s << u"WALK-IN ON TRM 3"_s
+            << u"This PC is already logged (Not Allowed, Information)"_s << false << false;
     }
     void logOnChecks() {
         QFETCH(QString, number);
         QFETCH(QString, cid);
         QFETCH(QString, customer);
-        QFETCH(QString, title);
         QFETCH(QString, told);
-        QFETCH(Icon, icon);
         QFETCH(bool, staysOpen);
         QFETCH(bool, started);
         QVERIFY(fx->probe().assign(online(3), 3, u"M-1"_s));
@@ -235,11 +229,7 @@ private Q_SLOTS:
         part<QLineEdit>("txtName")->setText(customer);
         part<QPushButton>("cmdLogM")->click();
 
-        QCOMPARE(fx->prompts.texts(), told.isEmpty() ? QStringList() : QStringList{told});
-        if (!told.isEmpty()) {
-            QCOMPARE(fx->prompts.last()->title, title);
-            QCOMPARE(fx->prompts.last()->icon, icon);
-        }
+        QCOMPARE(boxes(), told.isEmpty() ? QStringList() : QStringList{told});
         QCOMPARE(logmem() != nullptr, staysOpen);
         if (started) {
             const TerminalRecord& r = console().terminals().at(pc);
@@ -281,13 +271,6 @@ private Q_SLOTS:
         QCOMPARE(fx->prompts.texts(), QStringList());
     }
 
-    void cancelClosesWithoutAnyCheck() {
-        frame().findChild<QToolButton*>(u"tbar2"_s)->click();
-        part<QPushButton>("cmdCancel")->click();
-        QVERIFY(!logmem());
-        QCOMPARE(fx->prompts.texts(), QStringList());
-    }
-
     // A PC in use is refused before the dialog opens, from the pop-up menu and the board.
     void assigningAPcInUse_data() {
         QTest::addColumn<QString>("from");
@@ -298,18 +281,8 @@ private Q_SLOTS:
         QFETCH(QString, from);
         QVERIFY(fx->probe().assign(online(3), 3, u"M-1"_s));
         fx->prompts.clear();
-        if (from == u"mnuplog") {
-            popUpOn(3);
-            frame().action(from)->trigger();
-        } else {
-            frame().findChild<QToolButton*>(u"tbar3"_s)->click();
-            for (auto* n : frame().findChildren<QPushButton*>(from))
-                if (n->property("tile").toInt() == 3)
-                    n->click();
-        }
-        QCOMPARE(fx->prompts.texts(), QStringList{u"This pc is already logged."_s});
-        QCOMPARE(fx->prompts.last()->title, u"Not allowed"_s);
-        QCOMPARE(fx->prompts.last()->icon, Icon::Information);
+        openFrom(from);
+        QCOMPARE(boxes(), QStringList{u"This pc is already logged. (Not allowed, Information)"_s});
         QVERIFY(!logmem());
     }
 

@@ -22,8 +22,8 @@ class LogOnScreenshots : public QObject {
     ConsoleFixture fx;
     std::unique_ptr<TerminalProbe> probe;
     std::map<int, std::unique_ptr<TerminalClient>> terminals;
-    std::unique_ptr<MainWindow> window;
     std::unique_ptr<WidgetPrompts> boxes; // notices, read in the message window
+    std::unique_ptr<MainWindow> window;   // gone before the boxes it reads
     QDir out;
 
     Console& console() { return *fx.console; }
@@ -87,10 +87,6 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitForWindowExposed(window.get()));
         boxes = std::make_unique<WidgetPrompts>(fx.clock);
         window->readNoticesOf(*boxes);
-    }
-    void cleanupTestCase() {
-        window.reset();
-        boxes.reset();
     }
 
     void logOnDialog() {

@@ -1,9 +1,8 @@
-// Pictures of the takings windows for people to look at: the date report over November
-// with its chart, the same over every date (a bar a month), today's sales and a service
-// sale being typed. Written to $TARVO_BUILD_DIR/screenshots (or ./screenshots). Run it
-// under xvfb-run with QT_QPA_PLATFORM=xcb to see the windows as a real display draws them.
+// Pictures of the takings windows for people to look at, written to
+// $TARVO_BUILD_DIR/screenshots; under xvfb-run with QT_QPA_PLATFORM=xcb they are as drawn.
 #include "sales/date_report_window.h"
 #include "support/console_fixture.h"
+#include "support/revenue_rows.h"
 #include "ui/main_window.h"
 
 #include <QRandomGenerator>
@@ -32,20 +31,17 @@ class SalesScreenshots : public QObject {
     // A café's takings from August to the end of November: busier at weekends and on
     // paydays, a few counter sales a day.
     void trade() {
-        QRandomGenerator gen(2026);
-        struct Item {
-            const char* name;
-            double price;
+        const QList<std::pair<QString, double>> items{
+            {u"Print, black"_s, 5}, {u"Print, colour"_s, 15}, {u"Scan"_s, 10},
+            {u"Lamination"_s, 25},  {u"Burn CD"_s, 30},       {u"Typing, per page"_s, 20}};
+        for (const auto& [name, price] : items)
+            fx.exec(u"INSERT INTO services (Description, Amount) VALUES (?, ?)"_s, {name, price});
+        const auto hms = [](const QTime& t) {
+            return t.toString(u"HH:mm:ss"_s);
         };
-        const Item items[] = {{"Print, black", 5}, {"Print, colour", 15}, {"Scan", 10},
-                              {"Lamination", 25},  {"Burn CD", 30},       {"Typing, per page", 20}};
-        for (const auto& item : items)
-            fx.exec(u"INSERT INTO services (Description, Amount) VALUES (?, ?)"_s,
-                    {QString::fromLatin1(item.name), item.price});
-        // One transaction: thousands of rows, written as one.
+        QRandomGenerator gen(2026);
         Database db(*fx.folder);
-        DbSession session(db);
-        session.begin();
+        RowWriter rows(db); // thousands of rows, in one transaction
         int orno = 1200;
         for (QDate day(2026, 8, 1); day <= QDate(2026, 11, 30); day = day.addDays(1)) {
             const bool weekend = day.dayOfWeek() >= 6;
@@ -53,34 +49,27 @@ class SalesScreenshots : public QObject {
             const int sessions = int(gen.bounded(18, 30)) + (weekend ? 22 : 0) + (payday ? 12 : 0);
             for (int i = 0; i < sessions; ++i) {
                 const int minutes = int(gen.bounded(30, 240));
-                const int start = 9 * 60 + int(gen.bounded(0, 12 * 60));
-                const QTime in = QTime(0, 0).addSecs(start * 60);
-                session.run(u"INSERT INTO TmpRvnD (Rdate, rtype, Amount, CID, TID, StartT, EndT, "
-                            "Tcons) VALUES (?, 'GAMES_RENTALS', ?, ?, ?, ?, ?, ?)"_s,
-                            {day, qMax(10.0, minutes * 20.0 / 60),
-                             u"ID-%1"_s.arg(int(gen.bounded(1, 400)), 5, 10, QLatin1Char('0')),
-                             QString::number(gen.bounded(1, 25)), in.toString(u"HH:mm:ss"_s),
-                             in.addSecs(minutes * 60).toString(u"HH:mm:ss"_s),
-                             QTime(0, 0).addSecs(minutes * 60).toString(u"HH:mm:ss"_s)});
+                const QTime in = QTime(9, 0).addSecs(int(gen.bounded(0, 12 * 60)) * 60);
+                rows.add(
+                    RentalRow{day, qMax(10.0, minutes * 20.0 / 60),
+                              u"ID-%1"_s.arg(int(gen.bounded(1, 400)), 5, 10, QLatin1Char('0')),
+                              int(gen.bounded(1, 25)), hms(in), hms(in.addSecs(minutes * 60)),
+                              hms(QTime(0, 0).addSecs(minutes * 60))});
             }
             const int sales = int(gen.bounded(3, 12)) + (weekend ? 4 : 0);
             for (int i = 0; i < sales; ++i) {
-                const Item& item = items[gen.bounded(int(std::size(items)))];
+                const auto& [name, price] = items[gen.bounded(int(items.size()))];
                 const int qty = int(gen.bounded(1, 6));
-                session.run(
-                    u"INSERT INTO TmpRvnD (Rdate, rtype, Amount, Orno, rdesc, subamnt, qty) "
-                    "VALUES (?, 'SERVICE', ?, ?, ?, ?, ?)"_s,
-                    {day, item.price * qty, ++orno, QString::fromLatin1(item.name),
-                     QString::number(item.price, 'f', 2), qty});
+                rows.add(ServiceRow{day, price * qty, name, double(++orno),
+                                    QString::number(price, 'f', 2), double(qty)});
             }
         }
-        session.commit();
+        rows.commit();
     }
 
 private Q_SLOTS:
     void initTestCase() {
-        const QString build = qEnvironmentVariable("TARVO_BUILD_DIR", u"."_s);
-        out = QDir(build + u"/screenshots"_s);
+        out = QDir(qEnvironmentVariable("TARVO_BUILD_DIR", u"."_s) + u"/screenshots"_s);
         QVERIFY(out.mkpath(u"."_s));
         fx.clock.setNow(QDateTime(QDate(2026, 11, 30), QTime(19, 30)));
         fx.start();

@@ -1,7 +1,4 @@
-// The members grids' rows read page by page from a real database file: every selected
-// member exactly once and in the right order however the rows are reached, what a search
-// text matches, where a member stands after a write, and writes that find their row
-// changed by another program.
+// The members grids' rows, read page by page from a real database file.
 #include "people/member_list_model.h"
 #include "people/member_register.h"
 #include "people/member_rules.h"
@@ -18,7 +15,6 @@
 
 using namespace Qt::StringLiterals;
 using Rows = MemberListModel::Rows;
-Q_DECLARE_METATYPE(MemberListModel::Rows)
 Q_DECLARE_METATYPE(std::optional<MemberField>)
 
 namespace {
@@ -43,7 +39,6 @@ struct Store {
     }
 };
 
-// One stored member as the order and the searches see it.
 struct Stored {
     qint64 rowid;
     QVariant ln, fn, cid;
@@ -87,28 +82,14 @@ std::vector<Stored> everyRow(Store& st) {
 // search by last name, first name and id (missing ones first, letter case ignored).
 std::vector<qint64> expected(std::vector<Stored> rows, const MemberFilter& filter) {
     auto holds = [&](const Stored& r) {
-        if (!filter.field)
-            return true;
-        QVariant v;
-        switch (*filter.field) {
-        case MemberField::LastName:
-            v = r.ln;
-            break;
-        case MemberField::FirstName:
-            v = r.fn;
-            break;
-        case MemberField::Id:
-            v = r.cid;
-            break;
-        case MemberField::Name:
-            if (r.ln.isNull() || r.fn.isNull())
-                return false;
-            v = r.ln.toString() + r.fn.toString();
-            break;
-        }
+        const QVariant name = r.ln.isNull() || r.fn.isNull()
+                                  ? QVariant()
+                                  : QVariant(r.ln.toString() + r.fn.toString());
+        const QVariant v = QVariantList{r.ln, r.fn, r.cid, name}.at(int(*filter.field));
         return !v.isNull() && v.toString().contains(filter.text, Qt::CaseInsensitive);
     };
-    std::erase_if(rows, [&](const Stored& r) { return !holds(r); });
+    if (filter.field)
+        std::erase_if(rows, [&](const Stored& r) { return !holds(r); });
     if (filter.field) {
         auto key = [](const QVariant& v) {
             return std::pair{!v.isNull(), v.toString().toLower()};
@@ -118,9 +99,8 @@ std::vector<qint64> expected(std::vector<Stored> rows, const MemberFilter& filte
                    std::tuple{key(b.ln), key(b.fn), key(b.cid), b.rowid};
         });
     }
-    std::vector<qint64> ids;
-    for (const auto& r : rows)
-        ids.push_back(r.rowid);
+    std::vector<qint64> ids(rows.size());
+    std::transform(rows.begin(), rows.end(), ids.begin(), [](const Stored& r) { return r.rowid; });
     return ids;
 }
 
@@ -131,39 +111,28 @@ class MemberListTest : public QObject {
 
 private Q_SLOTS:
     // More rows than the pages kept, so that pages are dropped and read again, continued
-    // from the page before or counted from the top.
+    // from the page before or counted from the top; "fetched" reads them as the grid scrolls.
     void everyRowOnceInOrder_data() {
-        QTest::addColumn<Rows>("rows");
         QTest::addColumn<std::optional<MemberField>>("field");
         QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("walk"); // "down", "up", "jumps"
+        QTest::addColumn<QString>("walk"); // "down", "up", "jumps", "fetched"
         QTest::addColumn<bool>("madeByAnotherTool");
-        const std::optional<MemberField> all;
-        QTest::newRow("all, down") << Rows::Counted << all << QString() << u"down"_s << false;
-        QTest::newRow("all, up") << Rows::Counted << all << QString() << u"up"_s << false;
-        QTest::newRow("all, jumps") << Rows::Counted << all << QString() << u"jumps"_s << false;
-        QTest::newRow("all, fetched") << Rows::AsFetched << all << QString() << u"down"_s << false;
-        for (bool tool : {false, true}) {
-            const char* file = tool ? ", another tool's file" : "";
-            QTest::addRow("last name an, jumps%s", file)
-                << Rows::Counted << std::optional(MemberField::LastName) << u"an"_s << u"jumps"_s
-                << tool;
-            QTest::addRow("last name a, up%s", file)
-                << Rows::Counted << std::optional(MemberField::LastName) << u"a"_s << u"up"_s
-                << tool;
-            QTest::addRow("name across both, fetched%s", file)
-                << Rows::AsFetched << std::optional(MemberField::Name) << u"zj"_s << u"down"_s
-                << tool;
-            QTest::addRow("id, fetched%s", file)
-                << Rows::AsFetched << std::optional(MemberField::Id) << u"d-00"_s << u"down"_s
-                << tool;
-            QTest::addRow("first name, jumps%s", file)
-                << Rows::Counted << std::optional(MemberField::FirstName) << u"o"_s << u"jumps"_s
-                << tool;
-        }
+        for (const QString& walk : {u"down"_s, u"up"_s, u"jumps"_s, u"fetched"_s})
+            QTest::addRow("all, %s", qPrintable(walk))
+                << std::optional<MemberField>() << QString() << walk << false;
+        using F = MemberField;
+        for (bool tool : {false, true})
+            for (const auto& [label, field, text, walk] :
+                 {std::tuple{"last name", F::LastName, "an", "jumps"},
+                  {"last name", F::LastName, "a", "up"},
+                  {"name across both", F::Name, "zj", "fetched"},
+                  {"id", F::Id, "d-00", "fetched"},
+                  {"first name", F::FirstName, "o", "jumps"}})
+                QTest::addRow("%s %s, %s%s", label, text, walk, tool ? ", another tool's file" : "")
+                    << std::optional(field) << QString::fromLatin1(text)
+                    << QString::fromLatin1(walk) << tool;
     }
     void everyRowOnceInOrder() {
-        QFETCH(Rows, rows);
         QFETCH(std::optional<MemberField>, field);
         QFETCH(QString, text);
         QFETCH(QString, walk);
@@ -174,6 +143,7 @@ private Q_SLOTS:
         const std::vector<qint64> want = expected(everyRow(st), filter);
         QVERIFY(want.size() > size_t(MemberListModel::PageRows));
 
+        const Rows rows = walk == u"fetched"_s ? Rows::AsFetched : Rows::Counted;
         MemberListModel model(st.db, rows);
         QSignalSpy failures(&model, &MemberListModel::readFailed);
         model.show(filter);
@@ -208,8 +178,9 @@ private Q_SLOTS:
     void searchTextMatches_data() {
         QTest::addColumn<QString>("text");
         QTest::addColumn<QStringList>("found");
-        QTest::newRow("ñ") << u"ñ"_s << QStringList{u"PEÑA"_s, u"peña"_s, u"Ñ?"_s, u"ÑX"_s};
-        QTest::newRow("Ñ") << u"Ñ"_s << QStringList{u"PEÑA"_s, u"peña"_s, u"Ñ?"_s, u"ÑX"_s};
+        const QStringList enye{u"PEÑA"_s, u"peña"_s, u"Ñ?"_s, u"ÑX"_s};
+        QTest::newRow("ñ") << u"ñ"_s << enye;
+        QTest::newRow("Ñ") << u"Ñ"_s << enye;
         QTest::newRow("ASCII and ñ") << u"eñA"_s << QStringList{u"PEÑA"_s, u"peña"_s};
         QTest::newRow("n is not ñ") << u"pen"_s << QStringList{u"Pena"_s};
         QTest::newRow("an, any case") << u"AN"_s << QStringList{u"Andrada"_s, u"Santos"_s};
@@ -244,8 +215,8 @@ private Q_SLOTS:
         QCOMPARE(got, found);
     }
 
-    // After a write the register goes to the member written: its place in the order, with
-    // equal names and rows without names before it.
+    // After a write the register goes to the member written; equal names and nameless rows
+    // come before it.
     void placeOfARow_data() {
         QTest::addColumn<std::optional<MemberField>>("field");
         QTest::addColumn<QString>("text");
@@ -281,21 +252,18 @@ private Q_SLOTS:
     // An edit or a deletion names its row as it was read: a row another program changed
     // or removed meanwhile is left alone, and the operator told.
     void rowChangedMeanwhile_data() {
-        QTest::addColumn<QString>("write"); // "update" or "remove"
-        QTest::addColumn<QString>("meanwhile");
-        QTest::addColumn<QString>("left"); // the table afterwards
-        QTest::newRow("update, id changed")
-            << u"update"_s << u"UPDATE members SET CID = 'ID-00009' WHERE CID = 'ID-00002'"_s
-            << u"ID-00001 CRUZ|ID-00009 REYES"_s;
-        QTest::newRow("remove, id changed")
-            << u"remove"_s << u"UPDATE members SET CID = 'ID-00009' WHERE CID = 'ID-00002'"_s
-            << u"ID-00001 CRUZ|ID-00009 REYES"_s;
+        QTest::addColumn<QString>("write");   // "update" or "remove"
+        QTest::addColumn<bool>("renumbered"); // by another program, after the read
+        QTest::addColumn<QString>("left");    // the table afterwards
+        for (const QString& write : {u"update"_s, u"remove"_s})
+            QTest::addRow("%s, id changed", qPrintable(write))
+                << write << true << u"ID-00001 CRUZ|ID-00009 REYES"_s;
         QTest::newRow("update, nothing changed")
-            << u"update"_s << QString() << u"ID-00001 CRUZ|ID-00002 SANTOS"_s;
+            << u"update"_s << false << u"ID-00001 CRUZ|ID-00002 SANTOS"_s;
     }
     void rowChangedMeanwhile() {
         QFETCH(QString, write);
-        QFETCH(QString, meanwhile);
+        QFETCH(bool, renumbered);
         QFETCH(QString, left);
         Store st;
         st.exec(u"INSERT INTO members (CID, LN, FN) VALUES ('ID-00001', 'CRUZ', 'JUAN'), "
@@ -303,17 +271,18 @@ private Q_SLOTS:
         MemberListModel model(st.db, Rows::Counted);
         model.show({});
         const MemberRow read = *model.rowAt(1);
-        if (!meanwhile.isEmpty())
-            QVERIFY(sqliteTool(st.db.path(), meanwhile));
+        if (renumbered)
+            QVERIFY(sqliteTool(st.db.path(),
+                               "UPDATE members SET CID = 'ID-00009' WHERE CID = 'ID-00002'"));
         RecordingPrompts prompts;
         MemberRegister members(st.db, prompts);
         Member changed = read.member;
         changed.lastName = u"SANTOS"_s;
         const auto outcome =
             write == u"update"_s ? members.update(read, changed) : members.remove(read);
-        QCOMPARE(outcome, meanwhile.isEmpty() ? MemberRegister::Outcome::Written
-                                              : MemberRegister::Outcome::RowGone);
-        QCOMPARE(prompts.texts().size(), meanwhile.isEmpty() ? 0 : 1);
+        QCOMPARE(outcome,
+                 renumbered ? MemberRegister::Outcome::RowGone : MemberRegister::Outcome::Written);
+        QCOMPARE(prompts.texts().size(), renumbered ? 1 : 0);
         QCOMPARE(sqliteTool(st.db.path(), "SELECT group_concat(CID || ' ' || LN, '|') FROM "
                                           "(SELECT * FROM members ORDER BY CID)"),
                  left);

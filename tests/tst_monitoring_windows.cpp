@@ -44,20 +44,35 @@ class MonitoringTest : public QObject {
             qFatal("PC %d did not come on line", pc);
         return *t;
     }
-    void popUpOn(int pc) {
+    QWidget* peekAt(int pc) {
         auto* list = frame().findChild<QListView*>(u"lstTerminals"_s);
         list->setCurrentIndex(list->model()->index(pc - 1, 0));
-    }
-    QWidget* peekAt(int pc) {
-        popUpOn(pc);
         frame().action(u"mnupeek"_s)->trigger();
         return find(u"frmpeek"_s);
     }
-    QStringList rowOf(QTableWidget* grid, int row) {
+    // A row's texts, or the headings for row -1.
+    static QStringList rowOf(const QAbstractItemModel* m, int row, int columns = 0) {
         QStringList texts;
-        for (int c = 0; c < grid->columnCount(); ++c)
-            texts << grid->item(row, c)->text();
+        for (int c = 0; c < (columns ? columns : m->columnCount()); ++c)
+            texts << (row < 0 ? m->headerData(c, Qt::Horizontal) : m->index(row, c).data())
+                         .toString();
         return texts;
+    }
+    // Each box shown: "text (title, icon)".
+    QStringList boxes() const {
+        static const char* icons[] = {"None", "Critical", "Question", "Exclamation", "Information"};
+        QStringList t;
+        for (const auto& p : fx->prompts.shown)
+            t << u"%1 (%2, %3)"_s.arg(p.text, p.title, QLatin1String(icons[int(p.icon)]));
+        return t;
+    }
+    // A connection is logged in the message window as it comes up; start with it closed.
+    TerminalClient& onlineWithMessagesClosed(int pc) {
+        TerminalClient& t = online(pc);
+        if (!QTest::qWaitFor([&] { return find(u"frmtxtv"_s) != nullptr; }))
+            qFatal("the connection of PC %d was not logged", pc);
+        find(u"frmtxtv"_s)->parentWidget()->close();
+        return t;
     }
 
 private Q_SLOTS:
@@ -75,34 +90,28 @@ private Q_SLOTS:
     void peekOpening_data() {
         QTest::addColumn<QString>("operatorType");
         QTest::addColumn<int>("pc");
-        QTest::addColumn<QString>("told");
-        QTest::addColumn<QString>("title");
-        QTest::newRow("admin, connected") << u"Admin"_s << 7 << QString() << QString();
+        QTest::addColumn<QStringList>("told");
+        QTest::newRow("admin, connected") << u"Admin"_s << 7 << QStringList();
         QTest::newRow("admin, not connected")
-            << u"Admin"_s << 8 << u"Performing peek on terminal is currently not available"_s
-            << u"Terminal is down"_s;
-        QTest::newRow("not an admin")
-            << u"Operator"_s << 7 << u"Access denied, for Administrator accounts only"_s
-            << QString();
-        QTest::newRow("admin spelled otherwise")
-            << u"admin"_s << 7 << u"Access denied, for Administrator accounts only"_s << QString();
+            << u"Admin"_s << 8
+            << QStringList{u"Performing peek on terminal is currently not available "
+                           "(Terminal is down, Critical)"_s};
+        const QStringList denied{u"Access denied, for Administrator accounts only (, Critical)"_s};
+        QTest::newRow("not an admin") << u"Operator"_s << 7 << denied;
+        QTest::newRow("admin spelled otherwise") << u"admin"_s << 7 << denied;
     }
     void peekOpening() {
         QFETCH(QString, operatorType);
         QFETCH(int, pc);
-        QFETCH(QString, told);
-        QFETCH(QString, title);
+        QFETCH(QStringList, told);
         online(7);
         console().currentOperator().type = operatorType;
         fx->prompts.clear();
         QWidget* peek = peekAt(pc);
-        QCOMPARE(fx->prompts.texts(), told.isEmpty() ? QStringList() : QStringList{told});
+        QCOMPARE(boxes(), told);
         QCOMPARE(peek != nullptr, told.isEmpty());
-        if (!told.isEmpty()) {
-            QCOMPARE(fx->prompts.last()->title, title);
-            QCOMPARE(fx->prompts.last()->icon, Prompts::Icon::Critical);
+        if (!peek)
             return;
-        }
         QCOMPARE(peek->findChild<QLabel*>(u"lblpcno"_s)->text(), u"7"_s);
         QCOMPARE(peek->findChild<QLineEdit*>(u"txtsk"_s)->text(),
                  QString::number(console().control().socketOfPc(7)));
@@ -119,16 +128,18 @@ private Q_SLOTS:
         QTest::addColumn<Answer>("answer");      // to the warning
         QTest::addColumn<QByteArrayList>("sent");
         QTest::addColumn<QStringList>("told");
-        const QString warning =
-            u"Killing a Process from the terminal PC may hang or force \r the terminal to restart!"_s;
+        const QString warning = u"Killing a Process from the terminal PC may hang or force \r the "
+                                "terminal to restart! (Kill Process, Exclamation)"_s;
+        const QString done = u"Kill process done (Kill Process, None)"_s;
         QTest::newRow("none chosen")
-            << QList<int>{} << Answer::Ok << L{} << QStringList{warning, u"NO process to kill"_s};
+            << QList<int>{} << Answer::Ok << L{}
+            << QStringList{warning, u"NO process to kill (Kill Process, None)"_s};
         QTest::newRow("one") << QList<int>{1} << Answer::Ok << L{"KLPR game.exe"}
-                             << QStringList{warning, u"Kill process done"_s};
+                             << QStringList{warning, done};
         QTest::newRow("three, clicked out of order")
             << QList<int>{3, 0, 2} << Answer::Ok
             << L{"KLPR explorer.exe", "KLPR chat.exe", "KLPR notes: today.txt"}
-            << QStringList{warning, u"Kill process done"_s};
+            << QStringList{warning, done};
         QTest::newRow("cancelled")
             << QList<int>{0, 1} << Answer::Cancel << L{} << QStringList{warning};
     }
@@ -158,14 +169,8 @@ private Q_SLOTS:
         fx->prompts.clear();
         fx->prompts.answers = {answer};
         peek->findChild<QPushButton*>(u"cmdkill"_s)->click();
-        QCOMPARE(fx->prompts.texts(), told);
-        QCOMPARE(fx->prompts.shown.first().title, u"Kill Process"_s);
+        QCOMPARE(boxes(), told);
         QCOMPARE(fx->prompts.shown.first().buttons, Prompts::Buttons::OkCancel);
-        QCOMPARE(fx->prompts.shown.first().icon, Prompts::Icon::Exclamation);
-        if (told.size() > 1) {
-            QCOMPARE(fx->prompts.last()->title, u"Kill Process"_s);
-            QCOMPARE(fx->prompts.last()->icon, Prompts::Icon::None);
-        }
         QCOMPARE(TerminalProbe::drain(seven), sent);
         QCOMPARE(TerminalProbe::drain(eight), L{});
     }
@@ -188,33 +193,28 @@ private Q_SLOTS:
         QCOMPARE(seen.first(), u"Receiving bytes... 16384 Bytes"_s);
         QWidget* shown = find(u"frmTrmPrv"_s);
         QCOMPARE(shown->windowTitle(), u"ID-00011:CRUZ, JUAN from IP : 127.0.0.7"_s);
-        auto* picture = shown->findChild<QLabel*>(u"imgSnap"_s);
-        QVERIFY(!picture->pixmap().isNull());
+        QVERIFY(!shown->findChild<QLabel*>(u"imgSnap"_s)->pixmap().isNull());
     }
 
     // Every second the rows of terminals on line follow their records; a terminal gone
     // off line keeps what its row last showed.
     void listing() {
-        TerminalClient& three = online(3);
-        QVERIFY(fx->probe().assign(three, 3, u"M-3"_s));
-        TerminalClient& four = online(4);
-        QVERIFY(fx->probe().assign(four, 4, u"M-4"_s));
+        for (int pc : {3, 4})
+            QVERIFY(fx->probe().assign(online(pc), pc, u"M-%1"_s.arg(pc)));
         online(5);
         fx->clock.advance(10 * Minute);
         frame().findChild<QToolButton*>(u"tbar1"_s)->click();
         auto* listing = find<ListingWindow>(u"frmTabList"_s);
         QVERIFY(listing);
         auto* grid = listing->findChild<QTableWidget*>(u"msFlxg"_s);
-        QStringList headings;
-        for (int c = 0; c < grid->columnCount(); ++c)
-            headings << grid->horizontalHeaderItem(c)->text();
-        QCOMPARE(headings, (QStringList{u"TRM"_s, u"Client#"_s, u"Time In"_s, u"Lapse"_s,
-                                        u"PauseCtr"_s, u"Time Ceiling"_s, u"Is Open"_s,
-                                        u"TRM Status"_s, u"Is Connected"_s, u"I.P."_s}));
+        QCOMPARE(rowOf(grid->model(), -1),
+                 (QStringList{u"TRM"_s, u"Client#"_s, u"Time In"_s, u"Lapse"_s, u"PauseCtr"_s,
+                              u"Time Ceiling"_s, u"Is Open"_s, u"TRM Status"_s, u"Is Connected"_s,
+                              u"I.P."_s}));
         QCOMPARE(grid->rowCount(), 24);
         QCOMPARE(listing->findChild<QLineEdit*>(u"txtNpc"_s)->text(), u"24"_s);
         QCOMPARE(grid->currentRow(), 0);
-        const QStringList fourAtOpening = rowOf(grid, 3);
+        const QStringList fourAtOpening = rowOf(grid->model(), 3);
         QCOMPARE(fourAtOpening.mid(0, 4),
                  (QStringList{u"4"_s, u"M-4"_s, u"09:00:00"_s, u"00:10:00"_s}));
 
@@ -234,7 +234,7 @@ private Q_SLOTS:
             {u"6"_s, u""_s, u""_s, u""_s, u"0"_s, u"U"_s, u"NO"_s, u"NLG"_s, u"<0>"_s, u""_s},
         };
         for (int pc = 3; pc <= 6; ++pc)
-            QCOMPARE(rowOf(grid, pc - 1), expected[pc - 3]);
+            QCOMPARE(rowOf(grid->model(), pc - 1), expected[pc - 3]);
         QCOMPARE(listing->findChild<QLineEdit*>(u"txtinactpc"_s)->text(), u"2"_s);
     }
 
@@ -262,56 +262,45 @@ private Q_SLOTS:
         QCOMPARE(grid->model()->rowCount(), 2);
         QCOMPARE(list->topLevelItemCount(), 2);
         for (int row = 0; row < 2; ++row) {
-            QStringList cells, items;
-            for (int c = 0; c < 4; ++c) {
-                cells << grid->model()->index(row, c).data().toString();
-                items << list->topLevelItem(row)->text(c);
-            }
-            QCOMPARE(cells, expected[row]);
-            QCOMPARE(items, cells);
+            QCOMPARE(rowOf(grid->model(), row, 4), expected[row]);
+            QCOMPARE(rowOf(list->model(), row, 4), expected[row]);
         }
-        QStringList headings;
-        for (int c = 0; c < 4; ++c)
-            headings << grid->model()->headerData(c, Qt::Horizontal).toString();
-        QCOMPARE(headings, (QStringList{u"TmIP"_s, u"PC"_s, u"XCON"_s, u"ON LINE"_s}));
+        QCOMPARE(rowOf(grid->model(), -1, 4),
+                 (QStringList{u"TmIP"_s, u"PC"_s, u"XCON"_s, u"ON LINE"_s}));
     }
 
     // A reply goes to a connected PC with "TEXT "; a PC that never said who it is is
     // refused. The box is ready for the next line either way.
-    void reply_data() {
-        QTest::addColumn<QString>("pc");
-        QTest::addColumn<QStringList>("told");
-        QTest::addColumn<QByteArray>("sent");
-        QTest::newRow("PC 7, never identified")
-            << u"7"_s << QStringList{u"Terminal 7 is not logged for chatting"_s} << QByteArray();
-        QTest::newRow("PC 3, on line") << u"3"_s << QStringList() << QByteArray("TEXT >>see you");
-    }
     void reply() {
-        QFETCH(QString, pc);
-        QFETCH(QStringList, told);
-        QFETCH(QByteArray, sent);
-        TerminalClient& three = online(3);
-        QTRY_VERIFY(find(u"frmtxtv"_s)); // its connection was logged
-        find(u"frmtxtv"_s)->parentWidget()->close();
+        TerminalClient& three = onlineWithMessagesClosed(3);
         frame().action(u"mnuTxtview"_s)->trigger();
         QWidget* messages = find(u"frmtxtv"_s);
         QVERIFY(messages);
         QCOMPARE(frame().findChild<QMdiArea*>()->activeSubWindow(), messages->parentWidget());
         auto* number = messages->findChild<QComboBox*>(u"cmdPCn"_s);
         QCOMPARE(number->count(), 24);
-        number->setCurrentIndex(pc.toInt() - 1);
         auto* text = messages->findChild<QLineEdit*>(u"txtrply"_s);
         QCOMPARE(text->text(), u">>"_s);
-        text->end(false);
-        QTest::keyClicks(text, u"see you"_s);
-        fx->prompts.clear();
-        messages->findChild<QPushButton*>(u"cmdrep"_s)->click();
-        QCOMPARE(fx->prompts.texts(), told);
+        const auto replyTo = [&](int pc) { // whether the reply was logged
+            number->setCurrentIndex(pc - 1);
+            text->end(false);
+            QTest::keyClicks(text, u"see you"_s);
+            fx->prompts.clear();
+            messages->findChild<QPushButton*>(u"cmdrep"_s)->click();
+            return in<QListView>(u"frmtxtv"_s, u"lstLog"_s)
+                ->model()
+                ->index(0, 0)
+                .data()
+                .toString()
+                .contains(u"see you"_s);
+        };
+        QVERIFY(!replyTo(7)); // never identified
+        QCOMPARE(fx->prompts.texts(), QStringList{u"Terminal 7 is not logged for chatting"_s});
         QCOMPARE(text->text(), u">>"_s);
-        QCOMPARE(TerminalProbe::drain(three), sent.isEmpty() ? L{} : L{sent});
-        const QString line =
-            messages->findChild<QListView*>(u"lstLog"_s)->model()->index(0, 0).data().toString();
-        QCOMPARE(line.contains(u"see you"_s), !sent.isEmpty());
+        QVERIFY(replyTo(3));
+        QCOMPARE(fx->prompts.texts(), QStringList());
+        QCOMPARE(text->text(), u">>"_s);
+        QCOMPARE(TerminalProbe::drain(three), L{"TEXT >>see you"});
     }
 
     // The log reads newest first, one line an entry; a long entry is cut short on its
@@ -337,27 +326,18 @@ private Q_SLOTS:
     // The message window comes up for what terminals say without taking the keyboard
     // from the window the operator is typing in.
     void messagesLeaveTheKeyboardAlone_data() {
-        QTest::addColumn<QString>("typingIn");
-        QTest::newRow("log-on dialog") << u"logmem"_s;
-        QTest::newRow("active terminal view") << u"ATV"_s;
-        QTest::newRow("terminal list, no child window") << u"lstTerminals"_s;
+        QTest::addColumn<QStringList>("typingIn"); // opened by, window, field
+        QTest::newRow("log-on dialog") << QStringList{u"tbar2"_s, u"logmem"_s, u"txtName"_s};
+        QTest::newRow("active terminal view") << QStringList{u"tbar3"_s, u"ATV"_s, u"cmbTlmt"_s};
+        QTest::newRow("terminal list, no child window") << QStringList{{}, {}, u"lstTerminals"_s};
     }
     void messagesLeaveTheKeyboardAlone() {
-        QFETCH(QString, typingIn);
-        TerminalClient& three = online(3);
-        QTRY_VERIFY(find(u"frmtxtv"_s)); // its connection was logged
-        find(u"frmtxtv"_s)->parentWidget()->close();
-        QVERIFY(!find(u"frmtxtv"_s));
-        QWidget* field = nullptr;
-        if (typingIn == u"logmem") {
-            frame().findChild<QToolButton*>(u"tbar2"_s)->click();
-            field = in(u"logmem"_s, u"txtName"_s);
-        } else if (typingIn == u"ATV") {
-            frame().findChild<QToolButton*>(u"tbar3"_s)->click();
-            field = in(u"ATV"_s, u"cmbTlmt"_s);
-        } else {
-            field = frame().findChild<QListView*>(typingIn);
-        }
+        QFETCH(QStringList, typingIn);
+        TerminalClient& three = onlineWithMessagesClosed(3);
+        if (!typingIn[0].isEmpty())
+            frame().findChild<QToolButton*>(typingIn[0])->click();
+        QWidget* field = typingIn[1].isEmpty() ? frame().findChild<QListView*>(typingIn[2])
+                                               : in(typingIn[1], typingIn[2]);
         field->window()->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(field->window()));
         field->setFocus();
@@ -369,7 +349,7 @@ private Q_SLOTS:
         QTest::qWait(20);
         QCOMPARE(QApplication::activeWindow(), active);
         QCOMPARE(QApplication::focusWidget(), field);
-        if (typingIn == u"ATV")
+        if (typingIn[1] == u"ATV")
             QCOMPARE(frame().findChild<QMdiArea*>()->activeSubWindow(),
                      find(u"ATV"_s)->parentWidget());
     }

@@ -1,6 +1,5 @@
-// A report's rows exported to CSV and to an Excel workbook read back as the spreadsheet
-// would read them; an export that fails leaves no file behind. The plain-text members
-// list pages.
+// Report rows exported to CSV and Excel, read back as a spreadsheet would; a failed export
+// leaves no file. The plain-text members list pages.
 #include "sales/member_list_text.h"
 #include "sales/report_data.h"
 #include "sales/report_export.h"
@@ -18,6 +17,8 @@ Q_DECLARE_METATYPE(ReportKind)
 namespace {
 
 const QDate Today(2026, 11, 15);
+const QString Formula = u"=cmd|' /C calc'!A0"_s; // a spreadsheet would run it
+const QString Address = u"Blk 5 \"A\", Makati"_s;
 
 QByteArray unzipped(const QString& archive, const QString& member) {
     QProcess p;
@@ -67,18 +68,11 @@ QHash<QString, SheetCell> readSheet(const QString& path) {
         QString value;
         while (sheet.readNextStartElement())
             value = sheet.readElementText();
-        SheetCell c;
-        c.isNumber = type.isEmpty() || type == u"n"_s;
-        c.number = value.toDouble();
-        c.text = type == u"s"_s ? shared.value(value.toInt()) : value;
-        c.numFormat = formats.value(styleFormat.value(style));
-        cells.insert(ref, c);
+        cells.insert(ref, {type.isEmpty() || type == u"n"_s,
+                           type == u"s"_s ? shared.value(value.toInt()) : value, value.toDouble(),
+                           formats.value(styleFormat.value(style))});
     }
     return cells;
-}
-
-QString column(int index) {
-    return QString(QChar(u'A' + index));
 }
 
 } // namespace
@@ -101,8 +95,7 @@ private Q_SLOTS:
         RowWriter w(fx->console->database());
         w.add(RentalRow{Today, 1234.5, u"ID-00007"_s, 12});
         w.add(ServiceRow{Today, 2500, u"Printing, colour"_s, 10024, u"1,250.00"_s, 2});
-        w.add(MemberRow{u"ID-00001"_s, u"Peña"_s, u"=cmd|' /C calc'!A0"_s, u"Reyes"_s,
-                        u"Blk 5 \"A\", Makati"_s, QDate(2025, 3, 9)});
+        w.add(MemberRow{u"ID-00001"_s, u"Peña"_s, Formula, u"Reyes"_s, Address, QDate(2025, 3, 9)});
         w.commit();
     }
     void cleanup() { fx.reset(); }
@@ -153,12 +146,8 @@ private Q_SLOTS:
                             1250.0,     2500.0};
         QTest::newRow("DRMemList")
             << ReportKind::Members << QStringList{"CID", "LN", "FN", "MN", "ADR", "MDATE"}
-            << QVariantList{u"ID-00001"_s,
-                            u"Peña"_s,
-                            u"=cmd|' /C calc'!A0"_s,
-                            u"Reyes"_s,
-                            u"Blk 5 \"A\", Makati"_s,
-                            QDate(2025, 3, 9)};
+            << QVariantList{u"ID-00001"_s, u"Peña"_s, Formula,
+                            u"Reyes"_s,    Address,   QDate(2025, 3, 9)};
     }
     void xlsx() {
         QFETCH(ReportKind, kind);
@@ -170,30 +159,30 @@ private Q_SLOTS:
         const auto cells = readSheet(path);
         QVERIFY(!cells.isEmpty());
         for (int c = 0; c < heads.size(); ++c)
-            QCOMPARE(cells.value(column(c) + u'1').text, heads[c]);
+            QCOMPARE(cells.value(QChar(u'A' + c) + u"1"_s).text, heads[c]);
         // The summary lists the rental first; its service is the second row.
         const QString r = kind == ReportKind::Summary ? u"3"_s : u"2"_s;
         for (int c = 0; c < row.size(); ++c) {
-            const QString ref = column(c) + r;
+            const QString ref = QChar(u'A' + c) + r;
             const QVariant want = row[c];
             const SheetCell got = cells.value(ref);
+            const int type = want.typeId();
             if (!want.isValid()) {
                 QVERIFY2(!cells.contains(ref), qPrintable(ref));
-            } else if (want.typeId() == QMetaType::QDate) {
-                QVERIFY2(got.isNumber, qPrintable(ref));
-                QCOMPARE(got.number, double(QDate(1899, 12, 30).daysTo(want.toDate())));
-                QCOMPARE(got.numFormat, u"mm/dd/yyyy"_s);
-            } else if (want.typeId() == QMetaType::Double) {
-                QVERIFY2(got.isNumber, qPrintable(ref));
-                QCOMPARE(got.number, want.toDouble());
-                QCOMPARE(got.numFormat, u"#,##0.00"_s);
-            } else if (want.typeId() == QMetaType::Int) {
-                QVERIFY2(got.isNumber, qPrintable(ref));
-                QCOMPARE(got.number, want.toDouble());
-            } else {
-                QVERIFY2(!got.isNumber, qPrintable(ref));
-                QCOMPARE(got.text, want.toString());
+                continue;
             }
+            const bool text = type == QMetaType::QString;
+            QVERIFY2(got.isNumber != text, qPrintable(ref));
+            if (text)
+                QCOMPARE(got.text, want.toString());
+            else if (type == QMetaType::QDate)
+                QCOMPARE(got.number, double(QDate(1899, 12, 30).daysTo(want.toDate())));
+            else
+                QCOMPARE(got.number, want.toDouble());
+            const QString format = type == QMetaType::QDate    ? u"mm/dd/yyyy"_s
+                                   : type == QMetaType::Double ? u"#,##0.00"_s
+                                                               : got.numFormat;
+            QCOMPARE(got.numFormat, format);
         }
     }
 
@@ -223,13 +212,11 @@ private Q_SLOTS:
         const QString path = disk.path() + u"/rows."_s + format;
         QVERIFY(writeFile(path, "earlier"));
         // Many members make a file larger than the disk's last free bytes.
-        {
-            RowWriter w(fx->console->database());
-            for (int i = 0; i < 3000; ++i)
-                w.add(MemberRow{u"ID-%1"_s.arg(i), u"Lastname %1"_s.arg(i), u"First"_s, u"Middle"_s,
-                                u"Street %1, Barangay, City"_s.arg(i), Today});
-            w.commit();
-        }
+        RowWriter w(fx->console->database());
+        for (int i = 0; i < 3000; ++i)
+            w.add(MemberRow{u"ID-%1"_s.arg(i), u"Lastname %1"_s.arg(i), u"First"_s, u"Middle"_s,
+                            u"Street %1, Barangay, City"_s.arg(i), Today});
+        w.commit();
         QVERIFY(disk.fill());
         error.clear();
         QVERIFY(!exportTo(path, &error));
@@ -254,20 +241,13 @@ private Q_SLOTS:
     void memberListText() {
         QFETCH(int, extra);
         QFETCH(int, pages);
-        {
-            RowWriter w(fx->console->database());
-            w.add(MemberRow{u"ID-00002"_s,
-                            u"Cruz"_s,
-                            u"Zed"_s,
-                            {},
-                            u"Blk 5 Lot 2, Phase 1, Bagong Silang, Caloocan"_s,
-                            Today});
-            w.add(MemberRow{u"ID-00003"_s, u"cruza"_s, u"Ann"_s, u"B"_s, {}, QDate()});
-            for (int i = 0; i < extra; ++i)
-                w.add(MemberRow{
-                    u"ID-%1"_s.arg(100 + i), u"Zz%1"_s.arg(100 + i), u"X"_s, {}, {}, Today});
-            w.commit();
-        }
+        RowWriter w(fx->console->database());
+        const QString address = u"Blk 5 Lot 2, Phase 1, Bagong Silang, Caloocan"_s;
+        w.add(MemberRow{u"ID-00002"_s, u"Cruz"_s, u"Zed"_s, {}, address, Today});
+        w.add(MemberRow{u"ID-00003"_s, u"cruza"_s, u"Ann"_s, u"B"_s, {}, QDate()});
+        for (int i = 100; i < 100 + extra; ++i)
+            w.add(MemberRow{u"ID-%1"_s.arg(i), u"Zz%1"_s.arg(i), u"X"_s, {}, {}, Today});
+        w.commit();
         const auto text = memberListPages(membersByName(fx->console->database()),
                                           QDateTime(Today, QTime(9, 0, 5)));
         QCOMPARE(text.size(), pages);

@@ -1,21 +1,22 @@
 #pragma once
 
+#include "base/format.h"
+#include "billing/board_rules.h"
 #include "client_app.h"
 #include "lock_window.h"
-#include "message_window.h"
-#include "meter_window.h"
 #include "server/session_start.h"
 #include "support/console_fixture.h"
 
 #include <QApplication>
 #include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QtTest>
 
 #include <memory>
 
 // The terminal client on a real console over loopback TCP, sharing the console's hand-set
-// clock. Its windows are found by object name; the machine's log-off, restart and shut
-// down are never run: the command runner only records what it was asked.
+// clock. The machine's log-off, restart and shut down only get recorded, never run.
 struct ClientRig {
     std::unique_ptr<ConsoleFixture> fx = std::make_unique<ConsoleFixture>();
     std::unique_ptr<ClientApp> client;
@@ -48,8 +49,7 @@ struct ClientRig {
         return s;
     }
 
-    // The client started, on line, its rates and products in. They come in answer to
-    // "AIP", "RTS" and "PLS" sent at once: each must reach the console as its own message.
+    // Rates and products are asked for at once: each must still reach the console whole.
     void startClient(bool allowPower = false) {
         client = std::make_unique<ClientApp>(settings(allowPower), fx->clock);
         client->terminal().host().setCommandRunner(
@@ -77,14 +77,25 @@ struct ClientRig {
         QTRY_VERIFY(visible("frmMeter"));
     }
 
-    // The console stopped and started again on the same data and port, as after a crash.
+    // Stopped and started again on the same data and port, as after a crash.
     void restartConsole() {
         fx->console.reset();
         fx->open().startUp(port, fx->iniPath());
         QVERIFY(console().server().isListening());
     }
 
-    // A top-level window by object name, shown or not.
+    // Time passes and the console's board ticks, as its window's timer would.
+    void pass(int minutes) {
+        fx->clock.advance(minutes * 60000);
+        boardTick(console().board(), console().sessionParts(), console().rates());
+    }
+    QString consoleElapsed() {
+        return formatElapsed(fx->record(pc).runningTime(fx->clock.tickCount()));
+    }
+    QString consoleAmount() {
+        return console().board().amountCaption(TimeLimitSlots::slotOfPc(pc));
+    }
+
     static QWidget* window(const QString& name) {
         for (QWidget* w : QApplication::topLevelWidgets())
             if (w->objectName() == name)
@@ -94,6 +105,10 @@ struct ClientRig {
     static bool visible(const QString& name) {
         QWidget* w = window(name);
         return w && w->isVisible();
+    }
+    // The lock or the meter, and not the other.
+    static bool showing(const QString& name) {
+        return visible(name) && !visible(name == "frmLock" ? "frmMeter" : "frmLock");
     }
     template <typename W = QWidget> static W* control(const QString& window, const QString& name) {
         QWidget* w = ClientRig::window(window);
@@ -106,5 +121,16 @@ struct ClientRig {
     static bool shown(const QString& window, const QString& name) {
         QWidget* w = control(window, name);
         return w && w->isVisible();
+    }
+    static void click(const QString& window, const QString& name) {
+        auto* button = control<QPushButton>(window, name);
+        QVERIFY2(button, qPrintable(name));
+        button->click();
+    }
+    static void type(const QString& window, const QString& name, const QString& value) {
+        auto* field = control<QLineEdit>(window, name);
+        QVERIFY2(field, qPrintable(name));
+        field->clear();
+        QTest::keyClicks(field, value);
     }
 };
