@@ -17,6 +17,7 @@
 #include <QToolButton>
 
 #include <algorithm>
+#include <tuple>
 
 namespace {
 // The day's customers, members of the register.
@@ -109,6 +110,19 @@ void CafeDay::plan() {
     for (const auto& [time, pcs] : bills)
         for (int pc : pcs)
             at(time, QStringLiteral("PC %1 stopped and billed").arg(pc), [this, pc] { bill(pc); });
+    // Services over the counter through the day: catalogue entry, quantity, receipt.
+    const std::vector<std::tuple<QTime, int, const char*, const char*>> sales = {
+        {QTime(10, 20), 2, "1", "1001"}, {QTime(11, 15), 1, "12", "1002"},
+        {QTime(12, 40), 0, "2", "1003"}, {QTime(13, 10), 3, "3", "1004"},
+        {QTime(14, 30), 2, "2", "1005"}, {QTime(15, 10), 1, "40", "1006"}};
+    for (const auto& sale : sales) {
+        const int service = std::get<1>(sale);
+        const QString quantity = QString::fromLatin1(std::get<2>(sale));
+        const QString receipt = QString::fromLatin1(std::get<3>(sale));
+        at(std::get<0>(sale), QStringLiteral("a service sold, receipt %1").arg(receipt),
+           [this, service, quantity, receipt] { sellService(service, quantity, receipt); });
+    }
+    at(QTime(15, 45), QStringLiteral("the day's report printed"), [this] { printDayReport(); });
     at(QTime(11, 45), QStringLiteral("screenshots of the busy café"), [this] {
         photograph(&frame_, QStringLiteral("main_window"));
         photograph(board(), QStringLiteral("active_terminal_view"));
@@ -182,6 +196,45 @@ void CafeDay::bill(int pc) {
         return problem(QStringLiteral("the bill of PC %1 was not saved").arg(pc));
     totals_.billedCents += qRound64(amountOfText(due) * 100.0);
     ++totals_.bills;
+}
+
+void CafeDay::sellService(int service, const QString& quantity, const QString& receipt) {
+    frame_.findChild<QAction*>(QStringLiteral("mnuEarn"))->trigger();
+    auto* add = frame_.findChild<QPushButton*>(QStringLiteral("Addsrv"));
+    if (!add)
+        return problem(QStringLiteral("no Addsrv button in today's sales"));
+    add->click();
+    QDialog* sale = nullptr;
+    for (auto* d : frame_.findChildren<QDialog*>(QStringLiteral("NewSrv")))
+        if (d->isVisible())
+            sale = d;
+    if (!sale)
+        return problem(QStringLiteral("the service sale did not open"));
+    sale->findChild<QComboBox*>(QStringLiteral("cmbSrvc"))->setCurrentIndex(service);
+    sale->findChild<QLineEdit*>(QStringLiteral("txtor"))->setText(receipt);
+    sale->findChild<QLineEdit*>(QStringLiteral("txtQty"))->setText(quantity);
+    const QString total = sale->findChild<QLineEdit*>(QStringLiteral("txttamnt"))->text();
+    sale->findChild<QPushButton*>(QStringLiteral("cmdsave"))->click();
+    if (sale->isVisible())
+        return problem(QStringLiteral("the sale of receipt %1 was not saved").arg(receipt));
+    totals_.servicesCents += qRound64(amountOfText(total) * 100.0);
+    ++totals_.sales;
+}
+
+void CafeDay::printDayReport() {
+    frame_.findChild<QAction*>(QStringLiteral("mnuSDate"))->trigger();
+    auto* dates = frame_.findChild<QWidget*>(QStringLiteral("frmSDates"));
+    if (!dates)
+        return problem(QStringLiteral("the date report did not open"));
+    photograph(dates, QStringLiteral("selective_date_report"));
+    // The summary of rentals and services is the report chosen when the window opens.
+    dates->findChild<QPushButton*>(QStringLiteral("cmdPrint"))->click();
+    auto* report = frame_.findChild<QWidget*>(QStringLiteral("DRSDAll"));
+    if (!report)
+        return problem(QStringLiteral("the day's report did not open"));
+    photograph(report, QStringLiteral("day_report_preview"));
+    report->findChild<QPushButton*>(QStringLiteral("cmdPdf"))->click();
+    totals_.reportPrinted = true;
 }
 
 void CafeDay::photograph(QWidget* w, const QString& name) {

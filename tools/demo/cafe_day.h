@@ -41,6 +41,7 @@ public:
         qint64 servicesCents = 0; // the totals of the services sold
         int bills = 0;
         int sales = 0;
+        bool reportPrinted = false;
         int warnings = 0; // "WARN" seen by the terminals
         int pauses = 0;   // "PAUS" seen by the terminals
     };
@@ -57,6 +58,8 @@ private:
     void setLimit(int pc, const QString& minutes);
     void popupCommand(int pc, const char* action);
     void bill(int pc);
+    void sellService(int service, const QString& quantity, const QString& receipt);
+    void printDayReport();
     QWidget* board();
     void photograph(QWidget* w, const QString& name);
     void problem(const QString& text);

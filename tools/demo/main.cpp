@@ -145,8 +145,16 @@ int main(int argc, char* argv[]) {
                  100.0);
     const qint64 open =
         scalar(db, QStringLiteral("SELECT count(*) FROM templog WHERE isout = 0")).toLongLong();
-    const QStringList statements =
-        QDir(QDir(data).filePath(QStringLiteral("Statements"))).entryList({"*.pdf"}, QDir::Files);
+    const qint64 serviceRows = scalar(db, QStringLiteral("SELECT count(*) FROM TmpRvnD WHERE "
+                                                         "rtype = 'SERVICE'"))
+                                   .toLongLong();
+    const qint64 serviceCents = qRound64(
+        scalar(db, QStringLiteral("SELECT total(Amount) FROM TmpRvnD WHERE rtype = 'SERVICE'"))
+            .toDouble() *
+        100.0);
+    const QDir pdfs(QDir(data).filePath(QStringLiteral("Statements")));
+    const QStringList statements = pdfs.entryList({"Statement_*.pdf"}, QDir::Files);
+    const QStringList reports = pdfs.entryList({"Summary_*.pdf"}, QDir::Files);
     const QStringList logs = QDir(data).entryList({"*.LG2"}, QDir::Files);
 
     QStringList failures = day.problems();
@@ -161,6 +169,14 @@ int main(int argc, char* argv[]) {
     check(open == 0, QStringLiteral("%1 sessions still open").arg(open));
     check(statements.size() == t.bills,
           QStringLiteral("%1 statements for %2 bills").arg(statements.size()).arg(t.bills));
+    check(serviceRows == t.sales && serviceCents == t.servicesCents,
+          QStringLiteral("%1 service rows of P %2 for %3 sales of P %4")
+              .arg(serviceRows)
+              .arg(serviceCents / 100.0, 0, 'f', 2)
+              .arg(t.sales)
+              .arg(t.servicesCents / 100.0, 0, 'f', 2));
+    check(t.reportPrinted && reports.size() == 1,
+          QStringLiteral("the day's report was not saved as PDF"));
     check(t.warnings > 0, QStringLiteral("no terminal was warned of its limit"));
     check(t.pauses >= 3, QStringLiteral("only %1 pauses reached the terminals").arg(t.pauses));
 
@@ -168,11 +184,14 @@ int main(int argc, char* argv[]) {
         << "  bills saved:       " << t.bills << ", P "
         << QString::number(t.billedCents / 100.0, 'f', 2) << " (revenue rows: " << rows << ", P "
         << QString::number(cents / 100.0, 'f', 2) << ")\n"
+        << "  services sold:     " << t.sales << ", P "
+        << QString::number(t.servicesCents / 100.0, 'f', 2) << " (revenue rows: " << serviceRows
+        << ", P " << QString::number(serviceCents / 100.0, 'f', 2) << ")\n"
         << "  limit warnings:    " << t.warnings << ", pauses told to terminals: " << t.pauses
         << "\n\nWhere to look:\n"
         << "  billing log:       " << QDir(data).filePath(logs.value(0)) << '\n'
         << "  statements (PDF):  " << QDir(data).filePath(QStringLiteral("Statements")) << " ("
-        << statements.size() << " files)\n"
+        << statements.size() << " statements, day's report " << reports.value(0) << ")\n"
         << "  screenshots:       " << shots << '\n'
         << "  operator messages: " << QDir(output).filePath(QStringLiteral("operator_messages.txt"))
         << "\n\n";
@@ -180,6 +199,6 @@ int main(int argc, char* argv[]) {
         out << "SELF-CHECK FAILED:\n  " << failures.join(QStringLiteral("\n  ")) << Qt::endl;
         return 1;
     }
-    out << "Self-check passed: the revenue rows are the bills saved." << Qt::endl;
+    out << "Self-check passed: the revenue rows are the bills and the sales saved." << Qt::endl;
     return 0;
 }
