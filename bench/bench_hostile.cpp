@@ -5,6 +5,7 @@
 // each attack, the console's peak memory, and the database's integrity check at the end.
 // With --port P --data DIR --pid PID it attacks a console already running (the real
 // program) instead of starting one.
+#include "console/startup_checks.h"
 #include "console_process.h"
 
 #include <QCommandLineParser>
@@ -22,33 +23,12 @@
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <poll.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
 using Clock = std::chrono::steady_clock;
 QTextStream out(stdout);
-
-void raiseLimit() {
-    rlimit files{};
-    getrlimit(RLIMIT_NOFILE, &files);
-    files.rlim_cur = files.rlim_max;
-    setrlimit(RLIMIT_NOFILE, &files);
-}
-
-// An identified terminal from its own address; -1 when the console did not accept it.
-int terminal(quint16 port, int pc) {
-    const QByteArray address = "127.0.0." + QByteArray::number(pc);
-    const int fd = connectTo(port, address.constData());
-    char accept[4];
-    if (fd < 0 || !readExactly(fd, accept, 4))
-        return -1;
-    const QByteArray aip = "AIP" + QByteArray::number(pc);
-    ::send(fd, aip.constData(), size_t(aip.size()), 0);
-    QThread::msleep(50); // read as a message of its own
-    return fd;
-}
 
 // One rates request and its whole answer; the round trip, or -1 when none came.
 double ratesRoundTrip(int fd) {
@@ -76,7 +56,7 @@ int main(int argc, char* argv[]) {
                                  QStringLiteral("PID"));
     parser.addOptions({port, data, pid});
     parser.process(app);
-    raiseLimit();
+    raiseOpenFilesLimit();
 
     ConsoleProcess console;
     if (parser.isSet(port))
@@ -87,7 +67,7 @@ int main(int argc, char* argv[]) {
     const long startKb = console.residentKb();
     out << "console: resident memory " << startKb << " kB, " << console.openFiles() << " open files"
         << Qt::endl;
-    const int watcher = terminal(console.port(), 200);
+    const int watcher = identifiedTerminal(console.port(), 200);
     if (watcher < 0) {
         out << "the console did not accept a terminal" << Qt::endl;
         return 1;
@@ -127,7 +107,7 @@ int main(int argc, char* argv[]) {
 
     // 2. A flood of 60 kB notices from one terminal.
     {
-        const int pc7 = terminal(console.port(), 7);
+        const int pc7 = identifiedTerminal(console.port(), 7);
         const QByteArray notice = "EMT " + QByteArray(60 * 1024, 'n');
         Latencies times;
         for (int i = 0; i < 200; ++i) {
@@ -153,7 +133,7 @@ int main(int argc, char* argv[]) {
                 products.write("Instant noodles with egg and a long description @ 35.00\n");
             products.close();
         }
-        const int pc9 = terminal(console.port(), 9);
+        const int pc9 = identifiedTerminal(console.port(), 9);
         const int tiny = 4096;
         ::setsockopt(pc9, SOL_SOCKET, SO_RCVBUF, &tiny, sizeof tiny);
         long peakKb = console.residentKb();

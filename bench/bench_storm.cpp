@@ -7,6 +7,7 @@
 // console 2 MB or more larger than the first did.
 // With --port P --data DIR --pid PID it storms a console already running (the real
 // program) instead of starting one.
+#include "console/startup_checks.h"
 #include "console_process.h"
 
 #include <QCommandLineParser>
@@ -19,20 +20,12 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
 using Clock = std::chrono::steady_clock;
 QTextStream out(stdout);
-
-void raiseLimit() {
-    rlimit files{};
-    getrlimit(RLIMIT_NOFILE, &files);
-    files.rlim_cur = files.rlim_max;
-    setrlimit(RLIMIT_NOFILE, &files);
-}
 
 // A connection from 127.<net>.x.y that says nothing; -1 when no socket could be made.
 int silentConnection(quint16 port, unsigned net, unsigned n) {
@@ -48,19 +41,6 @@ int silentConnection(quint16 port, unsigned net, unsigned n) {
     to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     ::bind(fd, reinterpret_cast<sockaddr*>(&from), sizeof from);
     ::connect(fd, reinterpret_cast<sockaddr*>(&to), sizeof to);
-    return fd;
-}
-
-// An identified terminal from its own address; -1 when the console did not accept it.
-int terminal(quint16 port, int pc) {
-    const QByteArray address = "127.0.0." + QByteArray::number(pc);
-    const int fd = connectTo(port, address.constData());
-    char accept[4];
-    if (fd < 0 || !readExactly(fd, accept, 4))
-        return -1;
-    const QByteArray aip = "AIP" + QByteArray::number(pc);
-    ::send(fd, aip.constData(), size_t(aip.size()), 0);
-    QThread::msleep(50); // read as a message of its own
     return fd;
 }
 
@@ -92,7 +72,7 @@ int main(int argc, char* argv[]) {
                                  QStringLiteral("PID"));
     parser.addOptions({port, data, pid});
     parser.process(app);
-    raiseLimit();
+    raiseOpenFilesLimit();
 
     ConsoleProcess console;
     if (parser.isSet(port))
@@ -100,7 +80,7 @@ int main(int argc, char* argv[]) {
                        parser.value(pid).toLongLong());
     else if (!console.start(254))
         return 1;
-    const int watcher = terminal(console.port(), 200);
+    const int watcher = identifiedTerminal(console.port(), 200);
     if (watcher < 0) {
         out << "the console did not accept a terminal" << Qt::endl;
         return 1;
@@ -145,7 +125,7 @@ int main(int argc, char* argv[]) {
     }
     out << "during the storms: " << during.summary() << "; console memory peak " << peakKb << " kB"
         << Qt::endl;
-    const int newcomer = terminal(console.port(), 201);
+    const int newcomer = identifiedTerminal(console.port(), 201);
     const long grownKb = afterKb.back() - afterKb.front();
     out << "afterwards: " << after.summary() << "; resident memory " << afterKb.back() << " kB, "
         << grownKb << " kB more than after the first storm" << Qt::endl;

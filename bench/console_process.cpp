@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QTextStream>
+#include <QThread>
 
 #include <algorithm>
 
@@ -131,4 +132,16 @@ QString Latencies::summary() {
         .arg(at(0.90), 0, 'f', 1)
         .arg(at(0.99), 0, 'f', 1)
         .arg(micros.back(), 0, 'f', 1);
+}
+
+int identifiedTerminal(quint16 port, int pc) {
+    const QByteArray address = "127.0.0." + QByteArray::number(pc);
+    const int fd = connectTo(port, address.constData());
+    char accept[4];
+    if (fd < 0 || !readExactly(fd, accept, 4))
+        return -1;
+    const QByteArray aip = "AIP" + QByteArray::number(pc);
+    ::send(fd, aip.constData(), size_t(aip.size()), 0);
+    QThread::msleep(50); // read as a message of its own
+    return fd;
 }

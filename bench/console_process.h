@@ -40,6 +40,9 @@ private:
 // A blocking loopback connection with Nagle off, bound to `local` (e.g. "127.0.0.5").
 // -1 when it cannot connect.
 int connectTo(quint16 port, const char* local = "127.0.0.1");
+// An identified terminal from 127.0.0.pc, its "AIP" read as a message of its own; -1 when
+// the console did not accept it.
+int identifiedTerminal(quint16 port, int pc);
 // Reads until `expected` bytes have arrived; false on error or end of stream.
 bool readExactly(int fd, char* buffer, size_t expected);
 
