@@ -13,17 +13,8 @@ TARVO_SCREEN=1366x768x24
 TARVO_WITH_DBUS=1
 . "$here/real_console.sh"
 
-/usr/libexec/at-spi-bus-launcher --launch-immediately 2>/dev/null &
-pids+=($!)
-sleep 1
-
-sqlite3 -cmd ".timeout 10000" "$db" <<'SQL'
-CREATE TABLE sysusers (user TEXT, utype TEXT, keys TEXT);
-INSERT INTO sysusers VALUES ('ADMIN', 'Admin', 'Kape&Tinapay7');
-CREATE TABLE rates (RPH NUMBER, mina NUMBER, mint NUMBER);
-INSERT INTO rates VALUES (20, 10, 30);
-SQL
-printf '24=NOFPC\n1=PAGE\nPlease don'"'"'t Modify....\nPDF=PRINTTO\n' > "$data/TarvoQRB.INI"
+start_accessibility_bus
+make_database 24 PDF=PRINTTO
 port=$(free_port)
 
 declare -A term

@@ -67,3 +67,24 @@ wait_for_row() {
   done
   fail "${3:-"$1" never answered "$2"}"
 }
+
+# The accessibility bus the console and the probes meet on (with TARVO_WITH_DBUS=1).
+start_accessibility_bus() {
+  /usr/libexec/at-spi-bus-launcher --launch-immediately 2>/dev/null &
+  pids+=($!)
+  sleep 1
+}
+
+# A database made by the sqlite3 tool, not by the console: the administrator's account
+# and the rates; and the settings with this many PCs, then any further lines given.
+make_database() {
+  sqlite3 -cmd ".timeout 10000" "$db" <<'SQL'
+CREATE TABLE sysusers (user TEXT, utype TEXT, keys TEXT);
+INSERT INTO sysusers VALUES ('ADMIN', 'Admin', 'Kape&Tinapay7');
+CREATE TABLE rates (RPH NUMBER, mina NUMBER, mint NUMBER);
+INSERT INTO rates VALUES (20, 10, 30);
+SQL
+  local pcs=$1
+  shift
+  { printf '%s=NOFPC\n1=PAGE\nPlease don'"'"'t Modify....\n' "$pcs"; if [ $# -gt 0 ]; then printf '%s\n' "$@"; fi; } > "$data/TarvoQRB.INI"
+}
