@@ -1,5 +1,3 @@
-// The console's terminal server end to end: real loopback connections from the
-// terminal client, a real database file, a hand-set clock.
 #include "host_actions.h"
 #include "protocol/protocol.h"
 #include "server/session_clock.h"
@@ -41,9 +39,7 @@ private Q_SLOTS:
     }
     void cleanup() { fx.reset(); }
 
-    // What each terminal message, sent in turn from PC 5, brings: the answers, the
-    // notices shown ("title|text"), PC 5's session ("id|details"), and no change to the
-    // registry.
+    // Each row's messages from PC 5: answers, notices ("title|text"), its session ("id|details").
     void messages_data() {
         QTest::addColumn<QByteArray>("messages"); // '\n' between
         QTest::addColumn<QByteArray>("replies");  // '|' between
@@ -142,8 +138,7 @@ private Q_SLOTS:
         QCOMPARE(fx->record(5).timeLimit, "U");
     }
 
-    // Another program holds the port: start-up says so, naming the port, and the status
-    // bar does not pretend to listen.
+    // Start-up names the taken port, and the status bar does not pretend to listen.
     void takenPortIsReportedAtStartUp() {
         QTcpServer other;
         QVERIFY(other.listen(QHostAddress::AnyIPv4));
@@ -169,12 +164,11 @@ private Q_SLOTS:
         QTest::addColumn<bool>("reset");
         QTest::addColumn<QString>("session"); // none, running, paused
         QTest::addColumn<qint32>("banked");
-        row("no session, closed", false, "none", 0);
-        row("no session, reset", true, "none", 0);
-        row("running, closed", false, "running", 60000);
-        row("running, reset", true, "running", 60000);
-        row("paused, closed", false, "paused", 5000);
-        row("paused, reset", true, "paused", 5000);
+        for (bool reset : {false, true})
+            for (const auto& [session, banked] :
+                 {std::pair{"none", 0}, {"running", 60000}, {"paused", 5000}})
+                row(QByteArray(session).append(reset ? ", reset" : ", closed").constData(), reset,
+                    session, qint32(banked));
     }
     void connectionLoss() {
         QFETCH(bool, reset);
@@ -236,8 +230,7 @@ private Q_SLOTS:
         const L pieces = HostActions::snapshotPieces(HostActions::encodeBitmap(image));
         QCOMPARE(pieces.size(), 3);
         auto t = probe().online(3), other = probe().online(4);
-        QVERIFY(t);
-        QVERIFY(other);
+        QVERIFY(t && other);
         t->setAutoAnswer(false); // the pieces below are sent by hand
         QVERIFY(probe().logIn(*t, 3, "ID-00003:REYES, ANA"));
         console().snapshots().setMostBytes(bound);
