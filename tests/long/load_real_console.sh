@@ -37,7 +37,7 @@ rss_last=$(rss)
 operator_ok=0
 wait "$operator" || operator_ok=$?
 wait "$swarm" || true
-grep -E '^(swarm|operator)' "$data/swarm.log" "$data/operator.log" -h | grep -v minute || true
+grep -hE 'swarm: |swarm (replies|sessions)|^operator: ' "$data/swarm.log" "$data/operator.log" || true
 echo "console memory: $rss_first kB after the first minute, $rss_last kB at the end"
 
 grep -q 'swarm: 254 of 254 terminals accepted' "$data/swarm.log" || fail "not every terminal was accepted"
