@@ -78,14 +78,6 @@ class LogOnTest : public QObject {
                     n->click();
         }
     }
-    // Each box shown: "text (title, icon)".
-    QStringList boxes() const {
-        static const char* icons[] = {"None", "Critical", "Question", "Exclamation", "Information"};
-        QStringList t;
-        for (const auto& p : fx->prompts.shown)
-            t << u"%1 (%2, %3)"_s.arg(p.text, p.title, QLatin1String(icons[int(p.icon)]));
-        return t;
-    }
 
 private Q_SLOTS:
     void init() {
@@ -229,7 +221,7 @@ private Q_SLOTS:
         part<QLineEdit>("txtName")->setText(customer);
         part<QPushButton>("cmdLogM")->click();
 
-        QCOMPARE(boxes(), told.isEmpty() ? QStringList() : QStringList{told});
+        QCOMPARE(fx->prompts.described(), told.isEmpty() ? QStringList() : QStringList{told});
         QCOMPARE(logmem() != nullptr, staysOpen);
         if (started) {
             const TerminalRecord& r = console().terminals().at(pc);
@@ -282,7 +274,8 @@ private Q_SLOTS:
         QVERIFY(fx->probe().assign(online(3), 3, u"M-1"_s));
         fx->prompts.clear();
         openFrom(from);
-        QCOMPARE(boxes(), QStringList{u"This pc is already logged. (Not allowed, Information)"_s});
+        QCOMPARE(fx->prompts.described(),
+                 QStringList{u"This pc is already logged. (Not allowed, Information)"_s});
         QVERIFY(!logmem());
     }
 

@@ -58,14 +58,6 @@ class MonitoringTest : public QObject {
                          .toString();
         return texts;
     }
-    // Each box shown: "text (title, icon)".
-    QStringList boxes() const {
-        static const char* icons[] = {"None", "Critical", "Question", "Exclamation", "Information"};
-        QStringList t;
-        for (const auto& p : fx->prompts.shown)
-            t << u"%1 (%2, %3)"_s.arg(p.text, p.title, QLatin1String(icons[int(p.icon)]));
-        return t;
-    }
     // A connection is logged in the message window as it comes up; start with it closed.
     TerminalClient& onlineWithMessagesClosed(int pc) {
         TerminalClient& t = online(pc);
@@ -108,7 +100,7 @@ private Q_SLOTS:
         console().currentOperator().type = operatorType;
         fx->prompts.clear();
         QWidget* peek = peekAt(pc);
-        QCOMPARE(boxes(), told);
+        QCOMPARE(fx->prompts.described(), told);
         QCOMPARE(peek != nullptr, told.isEmpty());
         if (!peek)
             return;
@@ -169,7 +161,7 @@ private Q_SLOTS:
         fx->prompts.clear();
         fx->prompts.answers = {answer};
         peek->findChild<QPushButton*>(u"cmdkill"_s)->click();
-        QCOMPARE(boxes(), told);
+        QCOMPARE(fx->prompts.described(), told);
         QCOMPARE(fx->prompts.shown.first().buttons, Prompts::Buttons::OkCancel);
         QCOMPARE(TerminalProbe::drain(seven), sent);
         QCOMPARE(TerminalProbe::drain(eight), L{});

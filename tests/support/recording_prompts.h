@@ -45,6 +45,15 @@ public:
                 t << s.text;
         return t;
     }
+    // Each box shown as "text (title, icon)", to compare all three at once.
+    QStringList described() const {
+        static const char* icons[] = {"None", "Critical", "Question", "Exclamation", "Information"};
+        QStringList t;
+        for (const auto& p : shown)
+            t << QStringLiteral("%1 (%2, %3)")
+                     .arg(p.text, p.title, QLatin1String(icons[int(p.icon)]));
+        return t;
+    }
     const Shown* last() const { return shown.isEmpty() ? nullptr : &shown.last(); }
     void clear() { shown.clear(); }
 };
