@@ -126,22 +126,43 @@ private Q_SLOTS:
 
     void everyControlIsNamedAndDescribed_data() {
         QTest::addColumn<QString>("window");
+        QTest::addColumn<QString>("command"); // the frame's command that opens it, if one does
+        QTest::addColumn<QString>("button");  // then the button pressed in what it opened
         for (const char* window :
-             {"main", "main with a window open", "main with the list floating", "frmLog", "frmLog2",
-              "frmFirstAdmin", "MyMsgbox message", "MyMsgbox input", "frmNotices", "frmAbout",
-              "question", "RatesSrv", "frmlp", "ATV", "frmBill", "frmPrinter", "frmUsers",
-              "Members", "Gsearch", "ASlsSrv", "NewSrv", "frmSDates", "DRMemList"})
-            QTest::newRow(window) << QString::fromLatin1(window);
-        for (const char* window : {"logmem", "frmTabList", "ciptbl", "frmtxtv", "frmpeek"})
-            QTest::newRow(window) << QString::fromLatin1(window);
+             {"main", "main with a window open", "main with the list floating", "frmLog",
+              "frmFirstAdmin", "MyMsgbox message", "MyMsgbox input", "frmNotices", "question",
+              "frmBill", "Gsearch", "frmtxtv", "frmpeek"})
+            QTest::newRow(window) << QString::fromLatin1(window) << QString() << QString();
+        // clang-format off
+        const char* const opened[][3] = {
+            {"frmLog2", "mnuSwitch", ""}, {"frmAbout", "mnuAbout", ""}, {"ATV", "tbar3", ""},
+            {"RatesSrv", "mnuRateS", ""}, {"frmlp", "mnuRateS", "cmdplist"},
+            {"frmPrinter", "mnuPrinter", ""}, {"frmUsers", "mnuuser", ""},
+            {"Members", "mnuCset", ""}, {"ASlsSrv", "mnuEarn", ""}, {"NewSrv", "mnuEarn", "Addsrv"},
+            {"frmSDates", "mnuSDate", ""}, {"DRMemList", "mnuClist", ""}, {"logmem", "tbar2", ""},
+            {"frmTabList", "tbar1", ""}, {"ciptbl", "mnuPCTerm", ""},
+        };
+        // clang-format on
+        for (const auto& [window, command, button] : opened)
+            QTest::newRow(window) << QString::fromLatin1(window) << QString::fromLatin1(command)
+                                  << QString::fromLatin1(button);
     }
     void everyControlIsNamedAndDescribed() {
         QFETCH(QString, window);
+        QFETCH(QString, command);
+        QFETCH(QString, button);
         QStringList found;
         Prompts::ConsoleBox box;
         box.title = u"Tarvo QRB"_s;
         box.text = u"Enter the administrator's password"_s;
-        if (window.startsWith(u"main"_s)) {
+        if (!button.isEmpty()) {
+            frame->action(command)->trigger();
+            frame->findChild<QPushButton*>(button)->click();
+            auto* w = frame->findChild<QDialog*>(window);
+            found = w && w->isVisible() ? problems(w) : QStringList{window + u" did not open"_s};
+        } else if (!command.isEmpty()) {
+            found = problemsOfChild(command, window);
+        } else if (window.startsWith(u"main"_s)) {
             // The window menu lists the open windows when it opens.
             if (window.endsWith(u"open"_s)) {
                 auto* form = new QWidget;
@@ -157,30 +178,11 @@ private Q_SLOTS:
         } else if (window == u"frmLog"_s) {
             LogInDialog logIn(console(), LogInDialog::Mode::Start);
             found = problems(&logIn);
-        } else if (window == u"frmLog2"_s) {
-            found = problemsOfChild(u"mnuSwitch"_s, window);
-        } else if (window == u"RatesSrv"_s) {
-            found = problemsOfChild(u"mnuRateS"_s, window);
-        } else if (window == u"frmlp"_s) {
-            frame->action(u"mnuRateS"_s)->trigger();
-            frame->findChild<QPushButton*>(u"cmdplist"_s)->click();
-            auto* w = frame->findChild<QDialog*>(window);
-            found = w && w->isVisible() ? problems(w) : QStringList{window + u" did not open"_s};
-        } else if (window == u"frmAbout"_s) {
-            found = problemsOfChild(u"mnuAbout"_s, window);
-        } else if (window == u"ATV"_s) {
-            found = problemsOfChild(u"tbar3"_s, window);
         } else if (window == u"frmBill"_s) {
             logOnPc(console().sessionParts(), u"3"_s, u"M-0001"_s, u"CRUZ, JUAN"_s, -1);
             openBill(console(), *frame, 3, 3);
             auto* bill = frame->findChild<QDialog*>(window);
             found = bill ? problems(bill) : QStringList{window + u" did not open"_s};
-        } else if (window == u"logmem"_s) {
-            found = problemsOfChild(u"tbar2"_s, window);
-        } else if (window == u"frmTabList"_s) {
-            found = problemsOfChild(u"tbar1"_s, window);
-        } else if (window == u"ciptbl"_s) {
-            found = problemsOfChild(u"mnuPCTerm"_s, window);
         } else if (window == u"frmtxtv"_s) {
             frame->readNoticesOf(*boxes); // the notices are read there too
             boxes->notice(u"PC 3 asks for more time"_s, u"PC 3"_s, Prompts::Icon::Information);
@@ -191,27 +193,10 @@ private Q_SLOTS:
             auto* list = frame->findChild<QListView*>(u"lstTerminals"_s);
             list->setCurrentIndex(list->model()->index(6, 0));
             found = problemsOfChild(u"mnupeek"_s, window);
-        } else if (window == u"Members"_s) {
-            found = problemsOfChild(u"mnuCset"_s, window);
         } else if (window == u"Gsearch"_s) {
             openMemberSearch(console(), *frame, [](const QString&, const QString&) {});
             auto* search = frame->findChild<QDialog*>(window);
             found = search ? problems(search) : QStringList{window + u" did not open"_s};
-        } else if (window == u"ASlsSrv"_s) {
-            found = problemsOfChild(u"mnuEarn"_s, window);
-        } else if (window == u"NewSrv"_s) {
-            frame->action(u"mnuEarn"_s)->trigger();
-            frame->findChild<QPushButton*>(u"Addsrv"_s)->click();
-            auto* w = frame->findChild<QDialog*>(window);
-            found = w && w->isVisible() ? problems(w) : QStringList{window + u" did not open"_s};
-        } else if (window == u"frmSDates"_s) {
-            found = problemsOfChild(u"mnuSDate"_s, window);
-        } else if (window == u"frmPrinter"_s) {
-            found = problemsOfChild(u"mnuPrinter"_s, window);
-        } else if (window == u"frmUsers"_s) {
-            found = problemsOfChild(u"mnuuser"_s, window);
-        } else if (window == u"DRMemList"_s) {
-            found = problemsOfChild(u"mnuClist"_s, window);
         } else if (window == u"frmFirstAdmin"_s) {
             FirstAdminDialog firstAdmin(console());
             found = problems(&firstAdmin);
