@@ -1,15 +1,16 @@
 // Every word a terminal may send, as a broken or hostile terminal program sends it: cut
 // short, padded far beyond any real message, with NUL, 0xFF and control bytes inside, or
-// nothing but bytes after the word. Each goes from a real terminal to a console that holds
-// a running session and saved rows. The console must go on serving the other terminals,
-// the session and the rows must stay as they were (only a log-in may start a session, on
-// the sender's own PC), and no database error may reach the operator.
+// nothing but bytes after the word. Each goes over a real connection to a console that
+// holds a running session and saved rows. The console must go on serving the other
+// terminals, the session and the rows must stay as they were (only a log-in may start a
+// session, on the sender's own PC), and no database error may reach the operator.
 #include "protocol/protocol.h"
 #include "support/console_fixture.h"
 #include "support/files.h"
 
 #include <QtTest>
 
+#include <map>
 #include <set>
 
 using L = QByteArrayList;
@@ -23,21 +24,15 @@ constexpr qsizetype Oversize = 300 * 1024; // far more than one read of the sock
 
 // A well-formed message of each word, as the terminal of PC 9 sends it.
 QByteArray sample(TerminalWord word, Shape shape) {
-    switch (shape) {
-    case Shape::LogIn:
-        return Protocol::message(
-            word, word == TerminalWord::CheckMember ? "ID-00001:DELA CRUZ, JUAN;9" : "W-9:EVE;9");
-    case Shape::Number:
-        return Protocol::message(word, "9");
-    case Shape::Text:
-        return Protocol::message(word, "the printer is out of paper");
-    case Shape::Items:
-        return Protocol::message(word, "explorer.exe;game.exe;");
-    case Shape::Binary:
-        return Protocol::message(word, QByteArray("\x0e\0\0\0\0\0\x36\0\0\0pixels Close", 22));
-    default:
-        return Protocol::message(word);
-    }
+    static const std::map<Shape, QByteArray> arguments = {
+        {Shape::LogIn, "W-9:EVE;9"},
+        {Shape::Number, "9"},
+        {Shape::Text, "the printer is out of paper"},
+        {Shape::Items, "explorer.exe;game.exe;"},
+        {Shape::Binary, QByteArray("\x0e\0\0\0\0\0\x36\0\0\0pixels Close", 22)}};
+    if (word == TerminalWord::CheckMember) // a member of the register, so that it is looked up
+        return Protocol::message(word, "ID-00001:DELA CRUZ, JUAN;9");
+    return Protocol::message(word, arguments.contains(shape) ? arguments.at(shape) : "");
 }
 
 // The message with `bytes` put in at `at`.
