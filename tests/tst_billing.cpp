@@ -192,12 +192,14 @@ private Q_SLOTS:
     }
 
     // A log that cannot be written (here a folder stands where the day's file must go)
-    // raises the writer's flag; the bill is saved all the same.
+    // raises the writer's flag and the operator is given the line; the bill is saved all the
+    // same.
     void logThatCannotBeWrittenLeavesTheBillSaved() {
         QVERIFY(QDir().mkpath(console().billingLog().path(QDate(2026, 11, 15))));
         auto t = running(3);
         QCOMPARE(saveBill(parts(), stopAfter(3, 30)), SaveOutcome::Saved);
         QVERIFY(console().billingLog().failed());
+        QVERIFY(fx->prompts.last()->text.contains(u"could not be added to the billing log"_s));
         QCOMPARE(TerminalProbe::drain(*t), (L{"CMTR", "OFPS"}));
         QCOMPARE(record(3).state, TerminalState::NotLogged);
         QCOMPARE(scalar(u"SELECT count(*) FROM TmpRvnD"_s), u"1"_s);

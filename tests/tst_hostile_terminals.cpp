@@ -142,11 +142,17 @@ private Q_SLOTS:
         QCOMPARE(TerminalProbe::drain(*other), L{});
     }
 
-    // A database that cannot be written (here a full disk; a locked file is in the long
-    // tests) does not keep a lost connection from pausing the session; the operator is told
-    // once, and the row is written as soon as the database takes writes again. A session
-    // whose row cannot be written does not start.
-    void sessionsSurviveAFullDisk() {
+    // A database that cannot be written (a full or read-only disk; a locked file is in the
+    // long tests) does not keep a lost connection from pausing the session; the operator is
+    // told once, and the row is written as soon as the database takes writes again. A
+    // session whose row cannot be written does not start.
+    void sessionsSurviveAFailingDisk_data() {
+        QTest::addColumn<bool>("readOnly");
+        row("full", false);
+        row("turned read-only", true);
+    }
+    void sessionsSurviveAFailingDisk() {
+        QFETCH(bool, readOnly);
         ScratchDisk disk;
         if (!disk.mounted())
             QSKIP(qPrintable(u"no disk of its own can be mounted here: "_s + disk.why()));
@@ -157,7 +163,7 @@ private Q_SLOTS:
         QVERIFY(u);
         QVERIFY(probe.logIn(*t, 5));
         fx->clock.advance(60000);
-        QVERIFY(disk.fill());
+        QVERIFY(readOnly ? disk.setReadOnly(true) : disk.fill());
 
         t->abort();
         QTRY_COMPARE(fx->record(5).state, TerminalState::Paused);
@@ -175,7 +181,7 @@ private Q_SLOTS:
         QVERIFY(notices().last().startsWith(u"The session of W-2 on PC 6 was not started"_s));
         QCOMPARE(toldOfDatabase().size(), 1); // told once
 
-        disk.free();
+        QVERIFY(readOnly ? disk.setReadOnly(false) : (disk.free(), true));
         QCOMPARE(probe.exchange(*u, "LOG W-2:ANA;6"), (L{"SMTR 09:01:00", "Log Successful"}));
         QCOMPARE(console().sessionLog().pendingWrites(), 0);
         QCOMPARE(fx->scalar(u"SELECT BkTick || pcstat FROM templog WHERE aindex = 5"_s).toString(),

@@ -386,7 +386,8 @@ private Q_SLOTS:
                          QString::number(r.startTick), QString::number(r.bankedMs), r.timeLimit}),
             QStringList({"1", "ID-00002", "PAU", "1000000", "60000", "30"}));
         const Rates& rates = console.rates();
-        QStringList loaded{QString::number(rates.ratePerHour()), rates.minimumAmount().toDecimalText(),
+        QStringList loaded{QString::number(rates.ratePerHour()),
+                           rates.minimumAmount().toDecimalText(),
                            QString::number(rates.minimumMinutes())};
         for (const auto& sv : rates.services())
             loaded << sv.description;
@@ -404,29 +405,36 @@ private Q_SLOTS:
     // A damaged or foreign file, or ours missing a column, is refused at every start and left
     // untouched; the refusal names the file and what is wrong with it.
     void foreignFileRefusedUntouched_data() {
-        // sql for the sqlite3 tool, bytes then written mid-file, what the refusal says.
-        columns<QString, QByteArray, QString>({"sql", "bytes", "named"});
+        // sql for the sqlite3 tool, bytes then written mid-file, the share of the file kept
+        // (a copy cut short), what the refusal says.
+        columns<QString, QByteArray, double, QString>({"sql", "bytes", "kept", "named"});
         const QByteArray junk = QByteArray("SQLite format 3\0", 16) + QByteArray(4080, 'Z');
-        row("sqlite header then junk", QString(), junk, "");
-        row("text file", QString(), QByteArray("24=NOFPC\r\n1=PAGE\r\n"), "");
-        row("another program's", "CREATE TABLE photos (id, path);", QByteArray(), "");
+        const QString rows = ToolSchema +
+                             "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE "
+                             "i < 3000) INSERT INTO TmpRvnD (Rdate, rtype, Amount, CID) SELECT "
+                             "'2026-11-01', 'SERVICE', i, printf('%040d', i) FROM n;";
+        row("sqlite header then junk", QString(), junk, 1.0, "");
+        row("text file", QString(), QByteArray("24=NOFPC\r\n1=PAGE\r\n"), 1.0, "");
+        row("another program's", "CREATE TABLE photos (id, path);", QByteArray(), 1.0, "");
         row("another program's, in WAL mode",
             "PRAGMA journal_mode = WAL; CREATE TABLE photos (id, path); "
             "INSERT INTO photos VALUES (1, 'a.jpg');",
-            QByteArray(), "");
-        row("no templog stopwatch", toolSchemaWithout("stopwatch"), QByteArray(),
+            QByteArray(), 1.0, "");
+        row("no templog stopwatch", toolSchemaWithout("stopwatch"), QByteArray(), 1.0,
             "Templog|stopwatch");
-        row("no registry socket", toolSchemaWithout("SKIndex"), QByteArray(), "SrvIPTable|SKIndex");
-        row("no users keys", toolSchemaWithout("keys"), QByteArray(), "sysusers|keys");
-        row("damaged in its middle",
-            ToolSchema + "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE "
-                         "i < 3000) INSERT INTO TmpRvnD (Rdate, rtype, Amount, CID) SELECT "
-                         "'2026-11-01', 'SERVICE', i, printf('%040d', i) FROM n;",
-            QByteArray(4096, 'Z'), "is damaged|Restore the last backup");
+        row("no registry socket", toolSchemaWithout("SKIndex"), QByteArray(), 1.0,
+            "SrvIPTable|SKIndex");
+        row("no users keys", toolSchemaWithout("keys"), QByteArray(), 1.0, "sysusers|keys");
+        row("damaged in its middle", rows, QByteArray(4096, 'Z'), 1.0,
+            "is damaged|Restore the last backup");
+        row("cut short at its middle", rows, QByteArray(), 0.5,
+            "is damaged|Restore the last backup");
+        row("cut short in its first page", rows, QByteArray(), 0.0005, "damaged");
     }
     void foreignFileRefusedUntouched() {
         QFETCH(QString, sql);
         QFETCH(QByteArray, bytes);
+        QFETCH(double, kept);
         QFETCH(QString, named);
         Store s({}, false);
         if (!sql.isEmpty())
@@ -435,6 +443,7 @@ private Q_SLOTS:
         QVERIFY(file.open(QIODevice::ReadWrite));
         QVERIFY(file.seek(file.size() / 2));
         QCOMPARE(file.write(bytes), bytes.size());
+        QVERIFY(file.resize(qint64(file.size() * kept)));
         file.close();
         const QByteArray before = readFile(s.db.path());
         const QStringList words = named.split('|', Qt::SkipEmptyParts) << Database::FileName;
@@ -487,7 +496,8 @@ private Q_SLOTS:
     // A setting replaces its own line or is added in the file's line ends; all else stays.
     void settingsValue_data() {
         // Null before: no file; null after: refused, file untouched; null readBefore: unset.
-        columns<QByteArray, QString, QByteArray, QString>({"before", "value", "after", "readBefore"});
+        columns<QByteArray, QString, QByteArray, QString>(
+            {"before", "value", "after", "readBefore"});
         const QByteArray made = "24=NOFPC\n1=PAGE\nPlease don't Modify....\n";
         row("no file: made first", QByteArray(), "Laser", made + "Laser=PRINTER\n", QString());
         row("replaced in place, windows lines",

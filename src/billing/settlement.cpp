@@ -8,6 +8,7 @@
 #include "billing/billing_log.h"
 #include "billing/charge.h"
 #include "billing/rates.h"
+#include "server/message_log.h"
 #include "server/session_log.h"
 #include "server/session_parts.h"
 #include "server/terminal_control.h"
@@ -155,7 +156,19 @@ SaveOutcome saveBill(const BillingParts& parts, const BillFields& bill) {
         e->bankedMs = 0;
         e->state = TerminalState::NotLogged;
     }
-    parts.log.append(BillingLog::fields(bill), now.date());
+    const QStringList line = BillingLog::fields(bill);
+    parts.log.append(line, now.date());
+    if (parts.log.failed()) {
+        // The bill is saved; only its line is missing, so it is handed to the operator whole
+        // and kept in the message log, to be added by hand.
+        const QString text =
+            QStringLiteral("The bill of PC %1 is saved, but its line could not be added to the "
+                           "billing log %2: %3\nThe line, to add by hand:\n%4")
+                .arg(QString::number(bill.pc), parts.log.path(now.date()), parts.log.error(),
+                     line.join(QLatin1Char(' ')));
+        session.messageLog.logMessage(QStringLiteral("LOG ERR: ") + text);
+        session.prompts.message(text, QStringLiteral("Billing log"), Prompts::Icon::Critical);
+    }
     return SaveOutcome::Saved;
 }
 

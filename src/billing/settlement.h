@@ -32,7 +32,8 @@ enum class SaveOutcome { Saved, Declined, Failed };
 // Saves the bill, after asking: the revenue row and the session's close as one
 // transaction, then "CMTR" and "OFPS" to the terminal when it is connected, the record
 // freed, and the day's log line. On a database failure nothing changes and the operator
-// is told why; the bill stays open.
+// is told why; the bill stays open. A log line that cannot be written leaves the bill
+// saved; the operator is given the line.
 SaveOutcome saveBill(const BillingParts& parts, const BillFields& bill);
 
 // The bill closed without saving: the session goes on as it was (running, or paused).

@@ -132,9 +132,33 @@ private:
     QSqlDatabase db_;
 };
 
+// A database file whose heading counts more pages than the file holds.
+bool cutShort(const QString& path) {
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray head = f.read(100);
+    if (head.size() < 32 || !head.startsWith(QByteArrayView("SQLite format 3\0", 16)))
+        return false;
+    const auto byte = [&head](int i) {
+        return quint64(quint8(head.at(i)));
+    };
+    const quint64 pageSize = byte(16) << 8 | byte(17);
+    const quint64 pages = byte(28) << 24 | byte(29) << 16 | byte(30) << 8 | byte(31);
+    return pages * (pageSize == 1 ? 65536 : pageSize) > quint64(f.size());
+}
+
 // The tables of the file, by lower-case name; throws the refusals of a file the console
 // must not touch.
 QStringList inspect(const QString& path) {
+    const auto damaged = [&path](const QString& why) {
+        return StoreError(QStringLiteral("The database file %1 is damaged (%2). Nothing was "
+                                         "written to it. Restore the last backup (Tarvo System, "
+                                         "Back-Up Database makes one a day) in its place and "
+                                         "start the console again.")
+                              .arg(path, why)
+                              .toStdString());
+    };
     ScratchConnection c(path);
     QStringList present;
     try {
@@ -142,6 +166,10 @@ QStringList inspect(const QString& path) {
                                                      "WHERE type = 'table'")))
             present << row.value(0).toString().toLower();
     } catch (const StoreError& e) {
+        // A file cut short keeps its database heading and loses its table list: a damaged
+        // database, to be restored, rather than some other file.
+        if (cutShort(path))
+            throw damaged(e.text() + QStringLiteral("; the file is shorter than its heading says"));
         throw StoreError(QStringLiteral("%1 is damaged or is not a Tarvo QRB database (%2). "
                                         "It was left as it is.")
                              .arg(path, e.text())
@@ -160,12 +188,7 @@ QStringList inspect(const QString& path) {
         damage = e.text();
     }
     if (!damage.isEmpty())
-        throw StoreError(QStringLiteral("The database file %1 is damaged (%2). Nothing was "
-                                        "written to it. Restore the last backup (Tarvo System, "
-                                        "Back-Up Database makes one a day) in its place and start "
-                                        "the console again.")
-                             .arg(path, damage)
-                             .toStdString());
+        throw damaged(damage);
 
     int ours = 0;
     for (const auto& t : tables())

@@ -9,6 +9,7 @@
 #include <QPdfWriter>
 #include <QPrinter>
 #include <QPrinterInfo>
+#include <QSaveFile>
 
 namespace {
 
@@ -39,14 +40,22 @@ StatementOutput toPdf(const QStringList& lines, int pc, const QDateTime& printed
         return {};
     }
     const QString path = freeStatementPath(folder, printedAt, pc);
-    QPdfWriter pdf(path);
-    pdf.setPageLayout(Statement::pdfPageLayout());
-    pdf.setTitle(documentName(pc));
-    pdf.setCreator(QStringLiteral("Tarvo QRB"));
-    if (!paintStatement(lines, pdf)) {
-        QFile::remove(path); // a PDF cut short is no statement
-        prompts.message(QStringLiteral("The billing statement cannot be written to %1.")
-                            .arg(QDir::toNativeSeparators(path)),
+    // The PDF writer does not notice a full disk; the file is written under another name
+    // and put in place only when whole, for a PDF cut short is no statement.
+    QSaveFile file(path);
+    bool written = file.open(QIODevice::WriteOnly);
+    if (written) {
+        QPdfWriter pdf(&file);
+        pdf.setPageLayout(Statement::pdfPageLayout());
+        pdf.setTitle(documentName(pc));
+        pdf.setCreator(QStringLiteral("Tarvo QRB"));
+        written = paintStatement(lines, pdf);
+    }
+    if (!written || !file.commit()) {
+        const QString why = file.errorString();
+        file.cancelWriting();
+        prompts.message(QStringLiteral("The billing statement cannot be written to %1: %2")
+                            .arg(QDir::toNativeSeparators(path), why),
                         Title, Icon::Exclamation);
         return {};
     }

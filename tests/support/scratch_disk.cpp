@@ -22,6 +22,7 @@ ScratchDisk::ScratchDisk(int megabytes) {
 }
 
 ScratchDisk::~ScratchDisk() {
+    setReadOnly(false);
     if (mounted_)
         ::umount2(dir_.path().toLocal8Bit().constData(), MNT_DETACH);
 }
@@ -45,7 +46,20 @@ void ScratchDisk::free() {
 }
 
 bool ScratchDisk::setReadOnly(bool readOnly) {
-    const unsigned long flags = MS_REMOUNT | (readOnly ? MS_RDONLY : 0);
-    return ::mount("tarvo-scratch", dir_.path().toLocal8Bit().constData(), "tmpfs", flags,
-                   nullptr) == 0;
+    // A read-only copy of the disk laid over it: files a program holds open stay writable,
+    // as when a disk turns read-only under it, while a plain remount would refuse (busy).
+    const QByteArray at = dir_.path().toLocal8Bit();
+    if (readOnly == overlaid_)
+        return true;
+    if (!readOnly) {
+        overlaid_ = ::umount2(at.constData(), MNT_DETACH) != 0;
+        return !overlaid_;
+    }
+    if (::mount(at.constData(), at.constData(), nullptr, MS_BIND, nullptr) != 0)
+        return false;
+    overlaid_ = true;
+    if (::mount(nullptr, at.constData(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr) == 0)
+        return true;
+    setReadOnly(false);
+    return false;
 }

@@ -20,10 +20,12 @@ public:
     // Takes every free byte; free() gives them back.
     bool fill();
     void free();
+    // Files already open for writing stay writable, as on a disk that turns read-only.
     bool setReadOnly(bool readOnly);
 
 private:
     QTemporaryDir dir_;
     bool mounted_ = false;
+    bool overlaid_ = false; // a read-only bind mount lies over the disk
     QString why_;
 };
