@@ -12,6 +12,7 @@
 #include "speed_clock.h"
 #include "store/database.h"
 #include "ui/main_window.h"
+#include "window_photos.h"
 
 #include <QApplication>
 #include <QDir>
@@ -131,6 +132,7 @@ int main(int argc, char* argv[]) {
     QObject::connect(&day, &CafeDay::finished, &app, &QCoreApplication::quit);
     day.start();
     QCoreApplication::exec();
+    photographWindows(console, frame, shots);
 
     // The self-check: the revenue rows are the bills the operator saved, to the centavo.
     const Database& db = console.database();
