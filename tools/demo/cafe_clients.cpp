@@ -27,7 +27,7 @@ bool CafeDay::startClient(int pc) {
     s.cafeName = QStringLiteral("Tarvo Demo Café");
     s.stateFile.clear(); // a demo leaves nothing behind in the session's runtime folder
     auto client = std::make_unique<ClientApp>(s, clock_);
-    countMessages(&client->terminal(), nullptr);
+    countMessages(&client->terminal(), false);
     client->start();
     ClientApp* c = client.get();
     clients_[pc] = std::move(client);

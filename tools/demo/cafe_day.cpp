@@ -52,35 +52,35 @@ CafeDay::CafeDay(Console& console, MainWindow& frame, SpeedClock& clock, const Q
 CafeDay::~CafeDay() = default;
 
 bool CafeDay::connectTerminals(int count) {
-    int accepted = 0;
     int expected = 0;
     for (int pc = 1; pc <= count; ++pc) {
         if (std::ranges::find(ClientPcs, pc) != std::end(ClientPcs))
             continue;
         auto t = std::make_unique<TerminalClient>();
         t->setPcNumber(pc);
-        countMessages(t.get(), &accepted);
+        countMessages(t.get(), true);
         t->connectToConsole(QStringLiteral("127.0.0.1"), console_.server().port(),
                             QHostAddress(QStringLiteral("127.0.0.%1").arg(pc)));
         terminals_[pc] = std::move(t);
         ++expected;
     }
-    waitFor([&] { return accepted == expected; }, 10000);
+    waitFor([&] { return accepted_ == expected; }, 10000);
     bool clientsOnLine = true;
     for (int pc : ClientPcs)
         clientsOnLine = startClient(pc) && clientsOnLine;
     // The identifications are read before anyone logs on.
     waitFor([] { return false; }, 500);
-    return accepted == expected && clientsOnLine;
+    return accepted_ == expected && clientsOnLine;
 }
 
-// Accepted connections identify themselves; warnings and pauses are counted for the check.
-void CafeDay::countMessages(TerminalClient* terminal, int* accepted) {
+// Warnings and pauses are counted for the check. The bare terminals identify themselves
+// when accepted; the clients do that on their own.
+void CafeDay::countMessages(TerminalClient* terminal, bool identifies) {
     connect(terminal, &TerminalClient::messageReceived, this,
-            [this, terminal, accepted](const QByteArray& m) {
-                if (accepted && m == "ACPT") {
+            [this, terminal, identifies](const QByteArray& m) {
+                if (identifies && m == "ACPT") {
                     terminal->identify();
-                    ++*accepted;
+                    ++accepted_;
                 }
                 totals_.warnings += m.startsWith("WARN") ? 1 : 0;
                 totals_.pauses += m.startsWith("PAUS") ? 1 : 0;

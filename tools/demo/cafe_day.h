@@ -76,7 +76,7 @@ private:
     enum class OpenFrom { Toolbar, PopupMenu, BoardTile };
     enum class Find { WalkIn, MemberById, MemberByName };
 
-    void countMessages(TerminalClient* terminal, int* accepted);
+    void countMessages(TerminalClient* terminal, bool identifies);
     bool startClient(int pc);
     void logOn(int pc, const QString& id, const QString& name);
     // The operator puts a walk-in, or member `member` of the register, on the PC through
@@ -112,6 +112,7 @@ private:
     QTimer pace_;
     std::map<int, std::unique_ptr<TerminalClient>> terminals_;
     std::map<int, std::unique_ptr<ClientApp>> clients_;
+    int accepted_ = 0; // bare terminals the console accepted
     Totals totals_;
     QStringList problems_;
 };
