@@ -31,7 +31,7 @@ ClientApp::ClientApp(ClientSettings settings, const Clock& clock, QObject* paren
 
     lock_ = std::make_unique<LockWindow>(session_, settings_.cafeName, settings_.pc);
     meter_ = std::make_unique<MeterWindow>(session_, settings_.pc);
-    message_ = std::make_unique<MessageWindow>();
+    message_ = std::make_unique<OperatorMessageWindow>();
 
     connect(&terminal_, &TerminalClient::messageReceived, this, &ClientApp::onMessage);
     connect(&terminal_, &TerminalClient::systemRequest, this,

@@ -16,7 +16,7 @@
 class Clock;
 class LockCover;
 class LockWindow;
-class MessageWindow;
+class OperatorMessageWindow;
 class MeterWindow;
 class QScreen;
 
@@ -42,7 +42,7 @@ public:
     CustomerSession& session() { return session_; }
     LockWindow& lockWindow() { return *lock_; }
     MeterWindow& meterWindow() { return *meter_; }
-    MessageWindow& messageWindow() { return *message_; }
+    OperatorMessageWindow& messageWindow() { return *message_; }
 
 private:
     void onMessage(const QByteArray& message);
@@ -61,7 +61,7 @@ private:
     CustomerSession session_;
     std::unique_ptr<LockWindow> lock_;
     std::unique_ptr<MeterWindow> meter_;
-    std::unique_ptr<MessageWindow> message_;
+    std::unique_ptr<OperatorMessageWindow> message_;
     std::vector<std::unique_ptr<LockCover>> covers_;
     QList<QScreen*> coveredScreens_;
     QTimer meterTick_;

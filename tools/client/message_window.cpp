@@ -78,7 +78,7 @@ void OperatorMessagePanel::setScale(int unit) {
     setPixelSize(state_, unit);
 }
 
-MessageWindow::MessageWindow(QWidget* parent)
+OperatorMessageWindow::OperatorMessageWindow(QWidget* parent)
     : QWidget(parent, Qt::Tool | Qt::WindowStaysOnTopHint) {
     setObjectName(QStringLiteral("frmMessage"));
     setWindowTitle(tr("Message from the operator"));

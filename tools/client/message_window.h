@@ -37,10 +37,10 @@ private:
 };
 
 // The floating window for the operator's messages while the PC is in use.
-class MessageWindow : public QWidget {
+class OperatorMessageWindow : public QWidget {
     Q_OBJECT
 public:
-    explicit MessageWindow(QWidget* parent = nullptr);
+    explicit OperatorMessageWindow(QWidget* parent = nullptr);
     OperatorMessagePanel& panel() { return *panel_; }
 
 private:

@@ -1,7 +1,9 @@
 #include "cafe_day.h"
 
 #include "billing/charge.h"
+#include "client_app.h"
 #include "console/console.h"
+#include "demo_controls.h"
 #include "speed_clock.h"
 #include "terminal_client.h"
 #include "ui/main_window.h"
@@ -25,21 +27,20 @@ const char* const Customers[] = {
     "DELA CRUZ, JUAN", "REYES, ANA",    "SANTOS, MARIA", "GARCIA, JOSE", "BAUTISTA, LIZA",
     "MENDOZA, PAOLO",  "TORRES, KAREN", "RAMOS, MIGUEL", "FLORES, JOY",  "VILLANUEVA, RICO",
     "AQUINO, BEA",     "CASTRO, LEO",   "NAVARRO, IVY",  "DIAZ, MARK",   "LOPEZ, TINA",
-    "MORALES, BEN",    "PASCUAL, GINA", "ROXAS, DAN",    "SALAZAR, MAE", "TAN, ERIC"};
-
-template <typename T> T* tileControl(QWidget* board, const char* name, int tile) {
-    for (T* w : board->findChildren<T*>(QString::fromLatin1(name)))
-        if (w->property("tile").toInt() == tile)
-            return w;
-    return nullptr;
-}
+    "MORALES, BEN",    "PASCUAL, GINA", "ROXAS, DAN",    "SALAZAR, MAE", "TAN, ERIC",
+    "OCAMPO, RAFAEL",  "QUIZON, LARA"};
 } // namespace
+
+using namespace DemoControls;
 
 int customerCount() {
     return int(std::size(Customers));
 }
 QString customerName(int k) {
     return QString::fromLatin1(Customers[k]);
+}
+QString customerId(int k) {
+    return QStringLiteral("ID-%1").arg(k + 1, 5, 10, QLatin1Char('0'));
 }
 
 CafeDay::CafeDay(Console& console, MainWindow& frame, SpeedClock& clock, const QString& screenshots)
@@ -51,35 +52,39 @@ CafeDay::CafeDay(Console& console, MainWindow& frame, SpeedClock& clock, const Q
 CafeDay::~CafeDay() = default;
 
 bool CafeDay::connectTerminals(int count) {
-    const QByteArray accept = "ACPT";
-    int accepted = 0;
+    int expected = 0;
     for (int pc = 1; pc <= count; ++pc) {
+        if (std::ranges::find(ClientPcs, pc) != std::end(ClientPcs))
+            continue;
         auto t = std::make_unique<TerminalClient>();
         t->setPcNumber(pc);
-        TerminalClient* c = t.get();
-        connect(c, &TerminalClient::messageReceived, this,
-                [this, c, &accepted, accept](const QByteArray& m) {
-                    if (m == accept) {
-                        c->identify();
-                        ++accepted;
-                    }
-                    totals_.warnings += m.startsWith("WARN") ? 1 : 0;
-                    totals_.pauses += m.startsWith("PAUS") ? 1 : 0;
-                });
-        c->connectToConsole(QStringLiteral("127.0.0.1"), console_.server().port(),
+        countMessages(t.get(), true);
+        t->connectToConsole(QStringLiteral("127.0.0.1"), console_.server().port(),
                             QHostAddress(QStringLiteral("127.0.0.%1").arg(pc)));
         terminals_[pc] = std::move(t);
+        ++expected;
     }
-    QElapsedTimer waited;
-    waited.start();
-    while (accepted < count && waited.elapsed() < 10000)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+    waitFor([&] { return accepted_ == expected; }, 10000);
+    bool clientsOnLine = true;
+    for (int pc : ClientPcs)
+        clientsOnLine = startClient(pc) && clientsOnLine;
     // The identifications are read before anyone logs on.
-    QElapsedTimer settle;
-    settle.start();
-    while (settle.elapsed() < 500)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-    return accepted == count;
+    waitFor([] { return false; }, 500);
+    return accepted_ == expected && clientsOnLine;
+}
+
+// Warnings and pauses are counted for the check. The bare terminals identify themselves
+// when accepted; the clients do that on their own.
+void CafeDay::countMessages(TerminalClient* terminal, bool identifies) {
+    connect(terminal, &TerminalClient::messageReceived, this,
+            [this, terminal, identifies](const QByteArray& m) {
+                if (identifies && m == "ACPT") {
+                    terminal->identify();
+                    ++accepted_;
+                }
+                totals_.warnings += m.startsWith("WARN") ? 1 : 0;
+                totals_.pauses += m.startsWith("PAUS") ? 1 : 0;
+            });
 }
 
 void CafeDay::at(QTime time, QString what, std::function<void()> step) {
@@ -103,10 +108,40 @@ void CafeDay::plan() {
     at(QTime(11, 30), QStringLiteral("PC 6 extended by 30 minutes"),
        [this] { popupCommand(6, "mnupx30"); });
     at(QTime(11, 40), QStringLiteral("PC 5 resumed"), [this] { popupCommand(5, "mnupRes"); });
+    // At the counter: walk-ins and members put on PCs through the log-on dialog, the first
+    // two on the PCs whose customers watch the client's meter.
+    using S = CustomerSession::Screen;
+    at(QTime(10, 55), QStringLiteral("a walk-in put on PC 21 from toolbar button 2"), [this] {
+        inStep(21, S::Running, [this] { logOnAtCounter(21, OpenFrom::Toolbar, Find::WalkIn); });
+    });
+    at(QTime(11, 5), QStringLiteral("%1 put on PC 22 from its pop-up menu").arg(customerName(20)),
+       [this] {
+           inStep(22, S::Running,
+                  [this] { logOnAtCounter(22, OpenFrom::PopupMenu, Find::MemberByName, 20); });
+       });
+    at(QTime(11, 10), QStringLiteral("PC 21 gets two hours"),
+       [this] { setLimit(21, QStringLiteral("120")); });
+    at(QTime(11, 20), QStringLiteral("a walk-in put on PC 23 from its board tile"),
+       [this] { logOnAtCounter(23, OpenFrom::BoardTile, Find::WalkIn); });
+    at(QTime(12, 10), QStringLiteral("a walk-in put on PC 1 from its pop-up menu"),
+       [this] { logOnAtCounter(1, OpenFrom::PopupMenu, Find::WalkIn); });
+    at(QTime(12, 20), QStringLiteral("PC 22 paused"),
+       [this] { inStep(22, S::Paused, [this] { popupCommand(22, "mnupPause"); }); });
+    at(QTime(12, 40), QStringLiteral("PC 21 extended by 30 minutes"),
+       [this] { popupCommand(21, "mnupx30"); });
+    at(QTime(12, 45), QStringLiteral("%1 put on PC 7 from toolbar button 2").arg(customerName(21)),
+       [this] { logOnAtCounter(7, OpenFrom::Toolbar, Find::MemberById, 21); });
+    at(QTime(12, 50), QStringLiteral("PC 22 resumed"),
+       [this] { inStep(22, S::Running, [this] { popupCommand(22, "mnupRes"); }); });
+    at(QTime(13, 15), QStringLiteral("PC 21 stopped and billed, its meter read"),
+       [this] { billWithMeter(21); });
+    at(QTime(14, 15), QStringLiteral("PC 22 stopped and billed, its meter read"),
+       [this] { billWithMeter(22); });
+
     const std::vector<std::pair<QTime, std::vector<int>>> bills = {
         {QTime(12, 0), {1, 2}},           {QTime(12, 30), {7, 8}},
         {QTime(13, 0), {3, 4}},           {QTime(14, 0), {9, 10, 11, 12}},
-        {QTime(15, 0), {13, 14, 15, 16}}, {QTime(15, 30), {5, 6, 17, 18, 19, 20}}};
+        {QTime(15, 0), {13, 14, 15, 16}}, {QTime(15, 30), {5, 6, 17, 18, 19, 20, 1, 7, 23}}};
     for (const auto& [time, pcs] : bills)
         for (int pc : pcs)
             at(time, QStringLiteral("PC %1 stopped and billed").arg(pc), [this, pc] { bill(pc); });
@@ -179,18 +214,17 @@ void CafeDay::popupCommand(int pc, const char* action) {
     command->trigger();
 }
 
-void CafeDay::bill(int pc) {
+void CafeDay::bill(int pc, const std::function<void(const QString&)>& beforeSave) {
     auto* stop = tileControl<QPushButton>(board(), "cmdStop", pc);
     if (!stop || !stop->isEnabled())
         return problem(QStringLiteral("PC %1 cannot be stopped").arg(pc));
     stop->click();
-    QDialog* bill = nullptr;
-    for (auto* d : frame_.findChildren<QDialog*>(QStringLiteral("frmBill")))
-        if (d->isVisible())
-            bill = d;
+    QDialog* bill = shownDialog(&frame_, QStringLiteral("frmBill"));
     if (!bill)
         return problem(QStringLiteral("no bill for PC %1").arg(pc));
     const QString due = bill->findChild<QLineEdit*>(QStringLiteral("txtAmountDue"))->text();
+    if (beforeSave)
+        beforeSave(due);
     bill->findChild<QPushButton*>(QStringLiteral("cmdsave"))->click();
     if (bill->isVisible())
         return problem(QStringLiteral("the bill of PC %1 was not saved").arg(pc));
@@ -204,10 +238,7 @@ void CafeDay::sellService(int service, const QString& quantity, const QString& r
     if (!add)
         return problem(QStringLiteral("no Addsrv button in today's sales"));
     add->click();
-    QDialog* sale = nullptr;
-    for (auto* d : frame_.findChildren<QDialog*>(QStringLiteral("NewSrv")))
-        if (d->isVisible())
-            sale = d;
+    QDialog* sale = shownDialog(&frame_, QStringLiteral("NewSrv"));
     if (!sale)
         return problem(QStringLiteral("the service sale did not open"));
     sale->findChild<QComboBox*>(QStringLiteral("cmbSrvc"))->setCurrentIndex(service);
