@@ -223,6 +223,8 @@ void CafeDay::bill(int pc, const std::function<void(const QString&)>& beforeSave
     if (!bill)
         return problem(QStringLiteral("no bill for PC %1").arg(pc));
     const QString due = bill->findChild<QLineEdit*>(QStringLiteral("txtAmountDue"))->text();
+    if (totals_.bills == 0)
+        photograph(bill, QStringLiteral("bill"));
     if (beforeSave)
         beforeSave(due);
     bill->findChild<QPushButton*>(QStringLiteral("cmdsave"))->click();

@@ -134,7 +134,7 @@ int main(int argc, char* argv[]) {
     QObject::connect(&day, &CafeDay::finished, &app, [] { QCoreApplication::exit(0); });
     day.start();
     QCoreApplication::exec();
-    photographWindows(console, frame, shots);
+    const QStringList photoProblems = photographWindows(console, frame, shots);
 
     // The self-check: the revenue rows are the bills the operator saved, to the centavo.
     const Database& db = console.database();
@@ -161,7 +161,7 @@ int main(int argc, char* argv[]) {
     const QStringList reports = pdfs.entryList({"Summary_*.pdf"}, QDir::Files);
     const QStringList logs = QDir(data).entryList({"*.LG2"}, QDir::Files);
 
-    QStringList failures = day.problems();
+    QStringList failures = day.problems() + photoProblems;
     auto check = [&failures](bool ok, const QString& what) {
         if (!ok)
             failures << what;

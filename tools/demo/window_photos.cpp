@@ -361,12 +361,10 @@ private:
 
 } // namespace
 
-void photographWindows(Console& console, MainWindow& frame, const QString& folder) {
+QStringList photographWindows(Console& console, MainWindow& frame, const QString& folder) {
     WindowPhotos photos(console, frame, folder);
     photos.takeAll();
     QTextStream(stdout) << "Window photos: " << photos.taken() << " pictures in " << folder
-                        << (photos.problems().isEmpty()
-                                ? QString()
-                                : QStringLiteral(", %1 problems").arg(photos.problems().size()))
                         << Qt::endl;
+    return photos.problems();
 }
