@@ -94,6 +94,8 @@ int rowsFor(const Database& db, ReportKind kind, int pages, const QString& scrat
 } // namespace
 
 int main(int argc, char* argv[]) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     QTemporaryDir dir;
     const AppFolder folder(dir.path());
