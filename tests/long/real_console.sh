@@ -31,8 +31,23 @@ focus() {
 }
 type_line() { xdotool type --delay 15 "$1"; xdotool key Return; }
 
+# A free port below the kernel's range for outgoing connections (32768 and up), so that no
+# connection another program opens meanwhile can take it before the console listens.
 free_port() {
-  python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])'
+  python3 - <<'PY'
+import random, socket
+while True:
+    port = random.randint(20000, 32000)
+    s = socket.socket()
+    try:
+        s.bind(("127.0.0.1", port))
+        print(port)
+        break
+    except OSError:
+        pass
+    finally:
+        s.close()
+PY
 }
 
 # The console listens once its main window is up; a busy machine may take a while.
