@@ -8,7 +8,6 @@
 #include "console/startup_checks.h"
 #include "console_process.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
@@ -19,26 +18,12 @@
 
 #include <vector>
 
-#include <arpa/inet.h>
-#include <fcntl.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
-using Clock = std::chrono::steady_clock;
 QTextStream out(stdout);
-
-// One rates request and its whole answer; the round trip, or -1 when none came.
-double ratesRoundTrip(int fd) {
-    static const qsizetype ReplyBytes = 16; // "SRPH 20.:30.;10."
-    char reply[64];
-    const auto start = Clock::now();
-    if (::send(fd, "RTS", 3, 0) != 3 || !readExactly(fd, reply, size_t(ReplyBytes)))
-        return -1;
-    return std::chrono::duration<double, std::micro>(Clock::now() - start).count();
-}
 
 QString rtsDuring(const char* what, Latencies& times) {
     return QStringLiteral("RTS during %1: ").arg(QLatin1String(what)) + times.summary();
@@ -47,22 +32,9 @@ QString rtsDuring(const char* what, Latencies& times) {
 
 int main(int argc, char* argv[]) {
     QCoreApplication app(argc, argv);
-    QCommandLineParser parser;
-    const QCommandLineOption port(QStringLiteral("port"), QStringLiteral("Console port."),
-                                  QStringLiteral("P"));
-    const QCommandLineOption data(QStringLiteral("data"), QStringLiteral("Its data folder."),
-                                  QStringLiteral("DIR"));
-    const QCommandLineOption pid(QStringLiteral("pid"), QStringLiteral("Its process id."),
-                                 QStringLiteral("PID"));
-    parser.addOptions({port, data, pid});
-    parser.process(app);
     raiseOpenFilesLimit();
-
     ConsoleProcess console;
-    if (parser.isSet(port))
-        console.attach(quint16(parser.value(port).toUInt()), parser.value(data),
-                       parser.value(pid).toLongLong());
-    else if (!console.start(254, true))
+    if (!openConsole(console, 254, true))
         return 1;
     const long startKb = console.residentKb();
     out << "console: resident memory " << startKb << " kB, " << console.openFiles() << " open files"
@@ -79,21 +51,10 @@ int main(int argc, char* argv[]) {
         std::vector<int> silent;
         int peakFiles = 0;
         for (int i = 0; i < 10000; ++i) {
-            const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
-            sockaddr_in from{};
-            from.sin_family = AF_INET;
-            from.sin_addr.s_addr = htonl((127u << 24) | (2u << 16) | unsigned(i + 1));
-            sockaddr_in to{};
-            to.sin_family = AF_INET;
-            to.sin_port = htons(console.port());
-            to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-            ::bind(fd, reinterpret_cast<sockaddr*>(&from), sizeof from);
-            ::connect(fd, reinterpret_cast<sockaddr*>(&to), sizeof to);
+            const int fd = silentConnection(console.port(), 2, unsigned(i));
             silent.push_back(fd);
             if (i % 250 == 0) {
-                const double t = ratesRoundTrip(watcher);
-                if (t >= 0)
-                    times.micros.push_back(t);
+                timedRates(watcher, times);
                 peakFiles = std::max(peakFiles, console.openFiles());
             }
         }
@@ -112,14 +73,10 @@ int main(int argc, char* argv[]) {
         Latencies times;
         for (int i = 0; i < 200; ++i) {
             ::send(pc7, notice.constData(), size_t(notice.size()), 0);
-            const double t = ratesRoundTrip(watcher);
-            if (t >= 0)
-                times.micros.push_back(t);
+            timedRates(watcher, times);
         }
         for (int i = 0; i < 50; ++i) {
-            const double t = ratesRoundTrip(watcher);
-            if (t >= 0)
-                times.micros.push_back(t);
+            timedRates(watcher, times);
         }
         out << "200 notices of 60 kB: " << rtsDuring("the flood", times) << Qt::endl;
         ::close(pc7);
@@ -148,9 +105,7 @@ int main(int argc, char* argv[]) {
             QThread::usleep(1000);
             if (sent % 50 == 0) {
                 peakKb = std::max(peakKb, console.residentKb());
-                const double t = ratesRoundTrip(watcher);
-                if (t >= 0)
-                    times.micros.push_back(t);
+                timedRates(watcher, times);
             }
         }
         peakKb = std::max(peakKb, console.residentKb());
@@ -163,9 +118,7 @@ int main(int argc, char* argv[]) {
     // 4. Still answering, and the database whole.
     Latencies after;
     for (int i = 0; i < 200; ++i) {
-        const double t = ratesRoundTrip(watcher);
-        if (t >= 0)
-            after.micros.push_back(t);
+        timedRates(watcher, after);
     }
     out << "afterwards: " << rtsDuring("quiet", after) << "; resident memory "
         << console.residentKb() << " kB" << Qt::endl;

@@ -10,7 +10,6 @@
 #include "console/startup_checks.h"
 #include "console_process.h"
 
-#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QTextStream>
 #include <QThread>
@@ -18,41 +17,10 @@
 #include <algorithm>
 #include <vector>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
-using Clock = std::chrono::steady_clock;
 QTextStream out(stdout);
-
-// A connection from 127.<net>.x.y that says nothing; -1 when no socket could be made.
-int silentConnection(quint16 port, unsigned net, unsigned n) {
-    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
-    if (fd < 0)
-        return -1;
-    sockaddr_in from{};
-    from.sin_family = AF_INET;
-    from.sin_addr.s_addr = htonl((127u << 24) | (net << 16) | (n % 65000u + 1u));
-    sockaddr_in to{};
-    to.sin_family = AF_INET;
-    to.sin_port = htons(port);
-    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    ::bind(fd, reinterpret_cast<sockaddr*>(&from), sizeof from);
-    ::connect(fd, reinterpret_cast<sockaddr*>(&to), sizeof to);
-    return fd;
-}
-
-// One rates request and its whole answer, timed; false when none came.
-bool rates(int fd, Latencies& times) {
-    char reply[16]; // "SRPH 20.:30.;10."
-    const auto start = Clock::now();
-    if (::send(fd, "RTS", 3, MSG_NOSIGNAL) != 3 || !readExactly(fd, reply, sizeof reply))
-        return false;
-    times.add(Clock::now() - start);
-    return true;
-}
 
 double worstMs(const Latencies& times) {
     return times.micros.empty()
@@ -63,22 +31,9 @@ double worstMs(const Latencies& times) {
 
 int main(int argc, char* argv[]) {
     QCoreApplication app(argc, argv);
-    QCommandLineParser parser;
-    const QCommandLineOption port(QStringLiteral("port"), QStringLiteral("Console port."),
-                                  QStringLiteral("P"));
-    const QCommandLineOption data(QStringLiteral("data"), QStringLiteral("Its data folder."),
-                                  QStringLiteral("DIR"));
-    const QCommandLineOption pid(QStringLiteral("pid"), QStringLiteral("Its process id."),
-                                 QStringLiteral("PID"));
-    parser.addOptions({port, data, pid});
-    parser.process(app);
     raiseOpenFilesLimit();
-
     ConsoleProcess console;
-    if (parser.isSet(port))
-        console.attach(quint16(parser.value(port).toUInt()), parser.value(data),
-                       parser.value(pid).toLongLong());
-    else if (!console.start(254))
+    if (!openConsole(console, 254))
         return 1;
     const int watcher = identifiedTerminal(console.port(), 200);
     if (watcher < 0) {
@@ -88,7 +43,7 @@ int main(int argc, char* argv[]) {
     Latencies before;
     bool answered = true;
     for (int i = 0; i < 50; ++i)
-        answered &= rates(watcher, before);
+        answered &= timedRates(watcher, before);
     const long startKb = console.residentKb();
     long peakKb = startKb;
     out << "console: resident memory " << startKb << " kB; " << before.summary() << Qt::endl;
@@ -102,14 +57,14 @@ int main(int argc, char* argv[]) {
         for (unsigned i = 0; i < 2000; ++i) {
             held.push_back(silentConnection(console.port(), 3, i));
             if (i % 100 == 0)
-                answered &= rates(watcher, during);
+                answered &= timedRates(watcher, during);
         }
         for (unsigned i = 0; i < 40000; ++i) {
             const int fd = silentConnection(console.port(), 4 + i / 20000, i);
             if (fd >= 0)
                 ::close(fd);
             if (i % 200 == 0) {
-                answered &= rates(watcher, during);
+                answered &= timedRates(watcher, during);
                 peakKb = std::max(peakKb, console.residentKb());
             }
         }
@@ -118,7 +73,7 @@ int main(int argc, char* argv[]) {
                 ::close(fd);
         QThread::sleep(3);
         for (int i = 0; i < 100; ++i)
-            answered &= rates(watcher, after);
+            answered &= timedRates(watcher, after);
         afterKb.push_back(console.residentKb());
         out << "storm " << round << " (2000 connections held, 40000 opened and dropped): "
             << "resident memory afterwards " << afterKb.back() << " kB" << Qt::endl;

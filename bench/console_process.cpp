@@ -1,5 +1,6 @@
 #include "console_process.h"
 
+#include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -144,4 +145,46 @@ int identifiedTerminal(quint16 port, int pc) {
     ::send(fd, aip.constData(), size_t(aip.size()), 0);
     QThread::msleep(50); // read as a message of its own
     return fd;
+}
+
+bool openConsole(ConsoleProcess& console, int terminals, bool window) {
+    QCommandLineParser parser;
+    const QCommandLineOption port(QStringLiteral("port"), QStringLiteral("Console port."),
+                                  QStringLiteral("P"));
+    const QCommandLineOption data(QStringLiteral("data"), QStringLiteral("Its data folder."),
+                                  QStringLiteral("DIR"));
+    const QCommandLineOption pid(QStringLiteral("pid"), QStringLiteral("Its process id."),
+                                 QStringLiteral("PID"));
+    parser.addOptions({port, data, pid});
+    parser.process(*QCoreApplication::instance());
+    if (!parser.isSet(port))
+        return console.start(terminals, window);
+    console.attach(quint16(parser.value(port).toUInt()), parser.value(data),
+                   parser.value(pid).toLongLong());
+    return true;
+}
+
+int silentConnection(quint16 port, unsigned net, unsigned n) {
+    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
+    if (fd < 0)
+        return -1;
+    sockaddr_in from{};
+    from.sin_family = AF_INET;
+    from.sin_addr.s_addr = htonl((127u << 24) | (net << 16) | (n % 65000u + 1u));
+    sockaddr_in to{};
+    to.sin_family = AF_INET;
+    to.sin_port = htons(port);
+    to.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ::bind(fd, reinterpret_cast<sockaddr*>(&from), sizeof from);
+    ::connect(fd, reinterpret_cast<sockaddr*>(&to), sizeof to);
+    return fd;
+}
+
+bool timedRates(int fd, Latencies& times) {
+    char reply[16]; // "SRPH 20.:30.;10."
+    const auto start = std::chrono::steady_clock::now();
+    if (::send(fd, "RTS", 3, MSG_NOSIGNAL) != 3 || !readExactly(fd, reply, sizeof reply))
+        return false;
+    times.add(std::chrono::steady_clock::now() - start);
+    return true;
 }

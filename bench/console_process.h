@@ -37,6 +37,15 @@ private:
     qint64 pid_ = 0;
 };
 
+// The console a benchmark measures: the real program named by --port, --data and --pid
+// (as the long tests run it), else a headless one of its own with this many terminals.
+// False, said on stderr, when it does not come up.
+bool openConsole(ConsoleProcess& console, int terminals, bool window = false);
+
+// A connection from 127.<net>.x.y that is opened and says nothing; -1 when no socket could
+// be made.
+int silentConnection(quint16 port, unsigned net, unsigned n);
+
 // A blocking loopback connection with Nagle off, bound to `local` (e.g. "127.0.0.5").
 // -1 when it cannot connect.
 int connectTo(quint16 port, const char* local = "127.0.0.1");
@@ -55,3 +64,6 @@ struct Latencies {
     // "n requests; p50 x us, p90 y us, p99 z us, max w us"
     QString summary();
 };
+
+// One rates request and its whole answer, timed into `times`; false when none came.
+bool timedRates(int fd, Latencies& times);
