@@ -8,46 +8,14 @@
 import sys
 import time
 
-import pyatspi
-
-
-def app():
-    for _ in range(100):
-        for a in pyatspi.Registry.getDesktop(0):
-            if a is not None and a.name == "tarvoqrb":
-                return a
-        time.sleep(0.1)
-    sys.exit("FAIL: the console is not on the accessibility bus")
-
-
-def nodes(node, depth=0):
-    yield node
-    if depth > 20:
-        return
-    for i in range(node.childCount):
-        child = node.getChildAtIndex(i)
-        if child is not None:
-            yield from nodes(child, depth + 1)
-
-
-def find(root, predicate, what):
-    for _ in range(50):
-        for n in nodes(root):
-            try:
-                if predicate(n):
-                    return n
-            except Exception:
-                pass
-        time.sleep(0.2)
-    sys.exit("FAIL: not found: " + what)
-
+from atspi_console import app, find
 
 seconds, limit = int(sys.argv[1]), float(sys.argv[2])
-console = app()
-button = find(console, lambda n: n.getRoleName() == "push button"
+app()  # on the bus before anything is looked for
+button = find(lambda n: n.getRoleName() == "push button"
               and n.name == "Active Terminal View", "the toolbar's Active Terminal View")
 button.queryAction().doAction(0)
-page = find(console, lambda n: n.description == "txtpage", "the board's page box")
+page = find(lambda n: n.description == "txtpage", "the board's page box")
 
 worst_all, worst, minute, end = 0.0, 0.0, 1, time.time() + seconds
 next_minute = time.time() + 60
